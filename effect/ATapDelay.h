@@ -1,0 +1,132 @@
+// The effect object: six delay taps mixed with the dry signal, 62 parameters,
+// three banks of 64 programs, chunks and the default bank file.
+#pragma once
+
+#include <cstdint>
+
+#include "dsp/DelayMain.h"
+#include "effect/ATapDelayProgram.h"
+#include "effect/ParamTable.h"
+#include "host/AudioEffectX.h"
+#include "toolkit/CCriticalSection.h"
+
+// What the effect tells the open editor window; null while no window is open.
+class IEditorView {
+public:
+    virtual ~IEditorView() = default;
+    virtual void UpdateControl(int index, float value) = 0;
+    virtual void UpdateModify() = 0;
+};
+
+// The stream format the effect keeps, shaped as a WAVEFORMATEX.
+struct StreamFormat {
+    uint16_t formatTag = 3;  // IEEE float
+    uint16_t channels = 2;
+    uint32_t samplesPerSec = 44100;
+    uint32_t avgBytesPerSec = 352800;
+    uint16_t blockAlign = 8;
+    uint16_t bitsPerSample = 32;
+    uint16_t extraSize = 0;
+};
+
+class ATapDelay : public AudioEffectX {
+public:
+    explicit ATapDelay(audioMasterCallback audioMaster);
+    ~ATapDelay() override;
+
+    // Lifecycle and processing.
+    void open() override;
+    void suspend() override;
+    void resume() override;
+    void setSampleRate(float sampleRate) override;
+    void setBlockSize(VstInt32 blockSize) override;
+    VstInt32 startProcess() override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) override;
+
+    // Parameters.
+    void setParameter(VstInt32 index, float value) override;
+    float getParameter(VstInt32 index) override;
+    void getParameterLabel(VstInt32 index, char* label) override;
+    void getParameterDisplay(VstInt32 index, char* text) override;
+    void getParameterName(VstInt32 index, char* text) override;
+    bool getParameterProperties(VstInt32 index, VstParameterProperties* p) override;
+    float getParameterDisplayVal(int index);
+    void setParameterFromDiaplay(int index, float value);
+    void setParameterFormUI(int index, float value);
+
+    // Programs.
+    void setProgram(VstInt32 program) override;
+    void setProgramName(char* name) override;
+    void getProgramName(char* name) override;
+    bool getProgramNameIndexed(VstInt32 category, VstInt32 index, char* text) override;
+    bool IsProgramChanged();
+    void ProgramToInitial();
+    void ProgramToAllInitial();
+    void ProgramToFactory();
+    void ProgramToAllFactory();
+    void CopyPgFrom(int source);
+
+    // Persistence.
+    VstInt32 getChunk(void** data, bool isPreset) override;
+    VstInt32 setChunk(void* data, VstInt32 byteSize, bool isPreset) override;
+    void SetFactoryProgram();
+    void SaveProgram(int index, const char* name);
+
+    // Identity.
+    bool getEffectName(char* name) override;
+    bool getVendorString(char* text) override;
+    bool getProductString(char* text) override;
+    VstInt32 getVendorVersion() override { return 1000; }
+    VstInt32 canDo(char* text) override;
+    VstPlugCategory getPlugCategory() override { return kPlugCategEffect; }
+
+    // For the editor.
+    void GetVU(float* inL, float* inR, float* outL, float* outR);
+    int GetClip() { return 0; }
+    uint16_t GetProcessCounter() const { return processCounter; }
+    void SetEditorView(IEditorView* view) { editorView = view; }
+
+    // The folders the bank file is looked up in (each ends in "/").
+    const char* GetPluginFolder() const { return bundleFolder; }
+    const char* GetPreferencesFolder() const;
+
+private:
+    void ApplyParameter(int index, float normalised, float internal, bool writeRecord);
+    void RecomputeInternalValues();
+    void FollowTempo();
+    void MixSlice(double** inputs, double** outputs, int offset, int count);
+    void AllocateWorkBuffers(int size);
+    void FreeWorkBuffers();
+    void FindPluginFolder();
+    void LoadDefaultBank();
+    void AfterProgramOperation();
+    ATapDelayProgram& CurrentRecord() { return programs[curProgram]; }
+
+    uint16_t processCounter = 0xFFFF;
+    ATapDelayProgram programs[kNumPrograms];
+    DelayMain delays[kNumTaps];
+    ATapDelayProgram initialPrograms[kNumPrograms];
+    ATapDelayProgram factoryPrograms[kNumPrograms];
+    double* workBuffers[kNumTaps][2] = {};
+    char bundleFolder[2048] = {};
+    float params[kNumParams] = {};    // normalised values; params[0] is the active flag
+    StreamFormat streamFormat;
+    int32_t blockSizeCopy = 256;
+    float internal[kNumParams] = {};  // internal values (ms, dB, Hz, ...)
+    float peakInL = 0, peakInR = 0, peakOutL = 0, peakOutR = 0;
+    float outputGain = 1.0f;
+    float inputGain = 1.0f;
+    CCriticalSection engineLock;
+    IEditorView* editorView = nullptr;
+};
+
+// Big-endian words of the bank file, read and written byte by byte.
+class CFile;
+uint32_t getDWordFile(CFile& file);
+uint16_t getWordFile(CFile& file);
+void putDWordFile(CFile& file, uint32_t value);
+
+// Fills the Preferences folder path ("" when there is no home folder).
+void GetMy_SHFOLDER_PathName();
+extern char szGlobalMyApplicationDataPathName[2048];
