@@ -73,6 +73,9 @@ void ATapDelay::open() {
 }
 
 void ATapDelay::setSampleRate(float rate) {
+    // A rate of zero or less (or not a number) would make every filter design
+    // divide by zero; such a request is ignored.
+    if (!(rate > 0.0f) || !std::isfinite(rate)) return;
     AudioEffectX::setSampleRate(rate);
     int64_t samplesPerSec = (int64_t)rate;
     streamFormat = StreamFormat();

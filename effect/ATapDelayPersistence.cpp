@@ -1,0 +1,176 @@
+// Programs leaving and entering the effect: host chunks (one program or the
+// whole bank as raw records) and the default bank file, read at open from the
+// Preferences folder or the plug-in's folder and written when the user saves.
+#include <dlfcn.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "effect/ATapDelay.h"
+#include "effect/BankFile.h"
+#include "toolkit/AfxMessageBox.h"
+#include "toolkit/CFileFind.h"
+#include "toolkit/CString.h"
+#include "toolkit/TextConvert.h"
+
+char szGlobalMyApplicationDataPathName[2048];
+
+namespace {
+
+constexpr unsigned kSaveFailedMessage = 20135;
+
+void CopyFolder(char* target, size_t size, const std::string& folder) {
+    std::string text = folder;
+    if (!text.empty() && text.back() != '/') text += '/';
+    if (text.size() >= size) text.clear();  // a cut path would name another folder
+    std::memcpy(target, text.c_str(), text.size() + 1);
+}
+
+std::string HomeFolder() {
+    const char* home = std::getenv("HOME");
+    if (home && *home) return home;
+    if (const passwd* entry = getpwuid(getuid())) return entry->pw_dir ? entry->pw_dir : "";
+    return "";
+}
+
+bool IsFolder(const char* path) {
+    struct stat info;
+    return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+}  // namespace
+
+// The user's settings live in $XDG_CONFIG_HOME/TapDelay/, else ~/.config/TapDelay/.
+void GetMy_SHFOLDER_PathName() {
+    std::string folder;
+    const char* config = std::getenv("XDG_CONFIG_HOME");
+    if (config && config[0] == '/') {
+        folder = std::string(config) + "/TapDelay";
+    } else {
+        std::string home = HomeFolder();
+        if (!home.empty()) folder = home + "/.config/TapDelay";
+    }
+    CopyFolder(szGlobalMyApplicationDataPathName, sizeof szGlobalMyApplicationDataPathName, folder);
+}
+
+const char* ATapDelay::GetPreferencesFolder() const { return szGlobalMyApplicationDataPathName; }
+
+// The host's directory answer names the plug-in's folder (or, from some hosts,
+// the plug-in file itself); without one, the folder of the loaded library.
+void ATapDelay::FindPluginFolder() {
+    std::string folder;
+    const char* answer = static_cast<const char*>(getDirectory());
+    if (answer && *answer) {
+        folder = answer;
+        if (folder.size() > 1 && folder.back() != '/' && !IsFolder(answer)) {
+            size_t slash = folder.find_last_of('/');
+            folder = (slash != std::string::npos && slash >= 1) ? folder.substr(0, slash + 1)
+                                                                 : std::string();
+        }
+    }
+    if (folder.empty()) {
+        Dl_info info;
+        if (dladdr(reinterpret_cast<void*>(&GetMy_SHFOLDER_PathName), &info) && info.dli_fname) {
+            folder = info.dli_fname;
+            size_t slash = folder.find_last_of('/');
+            folder = slash != std::string::npos ? folder.substr(0, slash + 1) : "./";
+        }
+    }
+    char resolved[kMaxPOSIXPathBytes];
+    PathToPOSIX(resolved, sizeof resolved, folder.c_str());
+    CopyFolder(bundleFolder, sizeof bundleFolder, resolved);
+}
+
+// --- chunks ------------------------------------------------------------------------
+
+VstInt32 ATapDelay::getChunk(void** data, bool isPreset) {
+    if (isPreset) {
+        *data = &programs[curProgram];
+        return kProgramBytes;
+    }
+    programs[0].currentProgram = curProgram;
+    *data = programs;
+    return kBankBytes;
+}
+
+VstInt32 ATapDelay::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
+    if (data && byteSize > 0) {
+        if (isPreset) {
+            std::memcpy(&programs[curProgram], data, (size_t)std::min(byteSize, kProgramBytes));
+        } else {
+            std::memcpy(programs, data, (size_t)std::min(byteSize, kBankBytes));
+            int stored = programs[0].currentProgram;
+            if (stored >= 0 && stored < kNumPrograms) curProgram = stored;
+        }
+    }
+    setProgram(curProgram);
+    return 0;
+}
+
+// --- the default bank file -----------------------------------------------------------
+
+void ATapDelay::LoadDefaultBank() {
+    std::memcpy(initialPrograms, programs, sizeof programs);
+
+    std::string candidate = std::string(szGlobalMyApplicationDataPathName) + kBankFileName;
+    CFileFind finder;
+    if (szGlobalMyApplicationDataPathName[0] == 0 || !finder.FindFile(candidate.c_str()))
+        candidate = std::string(bundleFolder) + kBankFileName;
+    finder.Close();
+
+    // The chunk is read into a copy of the bank so that a short chunk leaves
+    // the remaining records as they were.
+    std::unique_ptr<ATapDelayProgram[]> bank(new ATapDelayProgram[kNumPrograms]);
+    int bytesRead = 0;
+    BankFileStatus status =
+        ReadBankFile(candidate.c_str(), cEffect.uniqueID, bank.get(), kBankBytes, &bytesRead);
+    if (status == BankFileStatus::Missing || status == BankFileStatus::NotAChunk ||
+        status == BankFileStatus::ForeignId)
+        return;
+    if (status == BankFileStatus::Loaded) setChunk(bank.get(), bytesRead, false);
+
+    std::memcpy(initialPrograms, programs, sizeof programs);
+    SetFactoryProgram();
+}
+
+void ATapDelay::SetFactoryProgram() {
+    std::string path = std::string(bundleFolder) + kBankFileName;
+    std::unique_ptr<ATapDelayProgram[]> bank(new ATapDelayProgram[kNumPrograms]);
+    std::memcpy(bank.get(), factoryPrograms, sizeof factoryPrograms);
+    int bytesRead = 0;
+    if (ReadBankFile(path.c_str(), cEffect.uniqueID, bank.get(), kBankBytes, &bytesRead) ==
+        BankFileStatus::Loaded)
+        std::memcpy(factoryPrograms, bank.get(), (size_t)bytesRead);
+}
+
+void ATapDelay::SaveProgram(int index, const char* name) {
+    if (index < 0 || index >= kNumPrograms) return;
+    std::string path = std::string(szGlobalMyApplicationDataPathName) + kBankFileName;
+
+    int previous = curProgram;
+    programs[index] = programs[previous];
+    std::memset(programs[index].name, 0, sizeof programs[index].name);
+    if (name) std::strncpy(programs[index].name, name, 23);
+    initialPrograms[index] = programs[index];
+    // The program that was being edited returns to its last saved state.
+    programs[previous] = initialPrograms[previous];
+    curProgram = index;
+    setProgram(index);
+    programs[0].currentProgram = index;
+
+    bool saved = szGlobalMyApplicationDataPathName[0] != 0 &&
+                 MakeFolders(szGlobalMyApplicationDataPathName) &&
+                 WriteBankFile(path.c_str(), cEffect.uniqueID, programs, kBankBytes);
+    if (!saved) {
+        CString message;
+        if (!message.LoadString(kSaveFailedMessage)) message = "The bank file could not be saved.";
+        AfxMessageBox(message);
+    }
+    if (hasHost()) updateDisplay();
+}

@@ -1,0 +1,79 @@
+// The 64 programs: selection, names, change detection and the revert and copy
+// operations between the current, initial and factory banks.
+#include <cstring>
+
+#include "effect/ATapDelay.h"
+
+namespace {
+
+bool IsValidProgram(int index) { return index >= 0 && index < kNumPrograms; }
+
+// Names that arrive in chunks or files may lack their terminator.
+void CopyName(const ATapDelayProgram& program, char* text) {
+    size_t length = strnlen(program.name, 23);
+    std::memcpy(text, program.name, length);
+    text[length] = 0;
+}
+
+}  // namespace
+
+void ATapDelay::setProgram(VstInt32 program) {
+    if (!IsValidProgram(program)) return;
+    curProgram = program;
+    // Replays every value through the host path; the record is read from a
+    // copy because setParameter writes the same slots back.
+    ATapDelayProgram record = programs[program];
+    for (int index = 0; index < kNumParams; index++)
+        setParameter(index, record.values[SlotOfParam(index)]);
+    RecomputeInternalValues();
+    if (editorView) editorView->UpdateModify();
+}
+
+void ATapDelay::setProgramName(char* name) {
+    char* target = CurrentRecord().name;
+    std::strncpy(target, name, sizeof CurrentRecord().name);
+    target[23] = 0;
+}
+
+void ATapDelay::getProgramName(char* name) { CopyName(CurrentRecord(), name); }
+
+bool ATapDelay::getProgramNameIndexed(VstInt32 category, VstInt32 index, char* text) {
+    if (!IsValidProgram(index)) return false;
+    CopyName(programs[index], text);
+    return true;
+}
+
+bool ATapDelay::IsProgramChanged() {
+    return std::memcmp(programs[curProgram].values, initialPrograms[curProgram].values,
+                       kProgramValueBytes) != 0;
+}
+
+void ATapDelay::AfterProgramOperation() {
+    setProgram(curProgram);
+    if (hasHost()) updateDisplay();
+}
+
+void ATapDelay::ProgramToInitial() {
+    programs[curProgram] = initialPrograms[curProgram];
+    AfterProgramOperation();
+}
+
+void ATapDelay::ProgramToAllInitial() {
+    std::memcpy(programs, initialPrograms, sizeof programs);
+    AfterProgramOperation();
+}
+
+void ATapDelay::ProgramToFactory() {
+    programs[curProgram] = factoryPrograms[curProgram];
+    AfterProgramOperation();
+    if (editorView) editorView->UpdateModify();
+}
+
+// Kept empty on purpose: the editor's Control-click reaches it, and one click
+// must not replace the user's whole bank.
+void ATapDelay::ProgramToAllFactory() {}
+
+void ATapDelay::CopyPgFrom(int source) {
+    if (IsValidProgram(source)) programs[curProgram] = programs[source];
+    AfterProgramOperation();
+}

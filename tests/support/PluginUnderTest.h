@@ -1,0 +1,95 @@
+// Loads the built TapDelay.so as a host does (dlopen, VSTPluginMain) with a
+// host callback that records every call the plug-in makes.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/VstAbi.h"
+
+struct HostCall {
+    VstInt32 opcode;
+    VstInt32 index;
+    VstIntPtr value;
+    float opt;
+};
+
+class PluginUnderTest {
+public:
+    // Creates one instance; open() is not sent unless asked for.
+    explicit PluginUnderTest(bool sendOpen = true);
+    ~PluginUnderTest();
+    PluginUnderTest(const PluginUnderTest&) = delete;
+    PluginUnderTest& operator=(const PluginUnderTest&) = delete;
+
+    AEffect* effect() const { return m_effect; }
+    VstIntPtr dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0,
+                       void* ptr = nullptr, float opt = 0.0f);
+    // effClose through the trampoline; afterwards the instance is gone.
+    VstIntPtr close();
+
+    void setParameter(int index, float value) { m_effect->setParameter(m_effect, index, value); }
+    float getParameter(int index) { return m_effect->getParameter(m_effect, index); }
+    std::string display(int index);
+    std::string name(int index);
+    std::string label(int index);
+    std::string programName();
+    int program() { return (int)dispatch(effGetProgram); }
+    void setProgram(int program) { dispatch(effSetProgram, 0, program); }
+
+    // Sets sample rate and block size and resumes, as a host does before audio.
+    void prepare(float sampleRate = 44100.0f, int blockSize = 512);
+    void processFloat(std::vector<float>& left, std::vector<float>& right,
+                      std::vector<float>& outLeft, std::vector<float>& outRight);
+    void processDouble(std::vector<double>& left, std::vector<double>& right,
+                       std::vector<double>& outLeft, std::vector<double>& outRight);
+
+    std::vector<HostCall> calls;    // everything the plug-in asked, in order
+    VstIntPtr tempoAnswer = 0;      // answer to audioMasterTempoAt
+    VstIntPtr versionAnswer = 2400; // answer to audioMasterVersion
+    std::string directoryAnswer;    // answer to audioMasterGetDirectory ("" = none)
+
+    std::vector<HostCall> callsWithOpcode(VstInt32 opcode) const;
+    void clearCalls() { calls.clear(); }
+
+    // The plug-in entry point, loaded once per test program.
+    static AEffect* callEntry(audioMasterCallback callback);
+
+private:
+    static VstIntPtr callback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value,
+                              void* ptr, float opt);
+    VstIntPtr answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
+
+    AEffect* m_effect = nullptr;
+};
+
+// A fresh, empty folder under /tmp, removed with its contents at destruction.
+class TempFolder {
+public:
+    TempFolder();
+    ~TempFolder();
+    const std::string& path() const { return m_path; }  // ends in "/"
+
+private:
+    std::string m_path;
+};
+
+// Points XDG_CONFIG_HOME at a temporary folder for the life of the object, so
+// tests never touch the real Preferences folder.
+class IsolatedPreferences {
+public:
+    IsolatedPreferences();
+    ~IsolatedPreferences();
+    std::string folder() const { return m_root.path() + "TapDelay/"; }
+    std::string bankPath() const { return folder() + "TapDelayDef.fxb"; }
+
+private:
+    TempFolder m_root;
+    std::string m_previous;
+    bool m_hadPrevious = false;
+};
+
+std::vector<unsigned char> ReadWholeFile(const std::string& path);
+void WriteWholeFile(const std::string& path, const std::vector<unsigned char>& bytes);

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building, testing and trying TapDelay
+# need, only those that are missing. Run as root (or with sudo available).
+set -euo pipefail
+
+PACKAGES=(
+  cmake make g++ pkg-config
+  googletest libgtest-dev
+  libsndfile1-dev libcairo2-dev libx11-dev libfontconfig-dev
+  clang libclang-rt-14-dev
+  xvfb valgrind
+  lsp-plugins-vst zam-plugins
+)
+
+missing=()
+for package in "${PACKAGES[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing+=("$package")
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  echo "setup: all ${#PACKAGES[@]} packages present"
+  exit 0
+fi
+
+echo "setup: installing ${missing[*]}"
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO="sudo"
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"
