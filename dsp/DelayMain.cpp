@@ -1,0 +1,270 @@
+#include "dsp/DelayMain.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// Far above 4000 ms at any usual rate; only nonsense times reach it.
+constexpr int32_t kMaxLineLength = 1 << 23;
+// Scratch beyond this gains nothing: longer blocks simply run in slices.
+constexpr int kMaxScratch = 1 << 16;
+// Taps locked and run together in one pass of ProcessTaps.
+constexpr int kMaxTapsPerPass = 8;
+
+// The filter type truncated to an integer; values no integer can hold count
+// as an unknown type.
+int FilterTypeIndex(float type) {
+    if (!(type > -2147483648.0f && type < 2147483648.0f))
+        return -1;
+    return int(type);
+}
+
+}  // namespace
+
+DelayMain::DelayMain() {
+    MakePan();
+    PrepareBuffer();
+    SetBloackSize(256);
+    InitFilter();
+}
+
+DelayMain::~DelayMain() = default;
+
+void DelayMain::SetDelatTime(float ms) {
+    CSingleLock guard(m_lock);
+    m_delayTime = ms;
+    PrepareBuffer();
+}
+
+void DelayMain::SetGain(float gain) {
+    CSingleLock guard(m_lock);
+    m_gain = gain;
+}
+
+void DelayMain::SetPan(float pan) {
+    CSingleLock guard(m_lock);
+    m_pan = pan;
+    MakePan();
+}
+
+void DelayMain::SetFeedBack(float factor) {
+    CSingleLock guard(m_lock);
+    m_feedback = factor;
+}
+
+void DelayMain::SetFeedBackOn(float on) {
+    CSingleLock guard(m_lock);
+    m_feedbackOn = on;
+}
+
+void DelayMain::SetFilterFreq(float hz) {
+    CSingleLock guard(m_lock);
+    m_filterFreq = hz;
+    InitFilter();
+}
+
+void DelayMain::SetFilterType(float type) {
+    CSingleLock guard(m_lock);
+    m_filterType = type;
+    InitFilter();
+}
+
+void DelayMain::SetFilterGain(float db) {
+    CSingleLock guard(m_lock);
+    m_filterGain = db;
+    InitFilter();
+}
+
+void DelayMain::SetFilterQ(float q) {
+    CSingleLock guard(m_lock);
+    m_filterQ = q;
+    InitFilter();
+}
+
+void DelayMain::SetFilterActive(float on) {
+    CSingleLock guard(m_lock);
+    m_filterActive = on;
+}
+
+void DelayMain::SetFs(int64_t hz) {
+    CSingleLock guard(m_lock);
+    if (hz <= 0)
+        return;
+    m_sampleRate = hz;
+    PrepareBuffer();
+    InitFilter();
+}
+
+void DelayMain::SetActive(float on) { m_active = on; }
+
+void DelayMain::SetBloackSize(int n) {
+    CSingleLock guard(m_lock);
+    if (n <= 0)
+        return;
+    m_scratch.assign(std::min(n, kMaxScratch), 0.0);
+}
+
+double DelayMain::GetWavePanpot(float x) {
+    if (x < 0.5)
+        return 1.0;
+    return 1.0 + (x - 0.5) * (-2.0);
+}
+
+void DelayMain::MakePan() {
+    const double levelLeft = GetWavePanpot(m_pan);
+    const double levelRight = GetWavePanpot(1.0f - m_pan);
+    m_leftFromLeft = levelLeft;
+    m_leftFromRight = 1.0 - levelRight;
+    m_rightFromLeft = 1.0 - levelLeft;
+    m_rightFromRight = levelRight;
+}
+
+// The line length is the delay in whole samples: the product is taken in
+// single precision and divided in double, then truncated; at least 1.
+void DelayMain::PrepareBuffer() {
+    m_writeIndex = 0;
+    const double samples = double(float(m_sampleRate) * m_delayTime) / 1000.0;
+    int32_t length = 1;
+    if (samples >= 1.0)
+        length = samples < double(kMaxLineLength) ? int32_t(samples) : kMaxLineLength;
+    m_lineLength = length;
+    m_line.assign(size_t(length), 0.0);
+}
+
+// Both filters get the same design; their history is kept.
+void DelayMain::InitFilter() {
+    const int type = FilterTypeIndex(m_filterType);
+    m_filterLeft.CalcCoefficients(double(m_sampleRate), m_filterFreq, m_filterGain, m_filterQ, type);
+    m_filterRight.CalcCoefficients(double(m_sampleRate), m_filterFreq, m_filterGain, m_filterQ, type);
+}
+
+// Read-then-write through the line: emit(i, y) receives the sample written
+// one line length ago while x + fb y takes its place. A delay time of exactly
+// 0 passes the input straight through and leaves the line alone.
+template <class Emit>
+void DelayMain::RunLine(const double* in, int n, Emit emit) {
+    if (m_delayTime == 0.0f) {
+        for (int i = 0; i < n; ++i)
+            emit(i, in[i]);
+        return;
+    }
+    const double fb = FeedbackFactor();
+    double* const line = m_line.data();
+    const int length = m_lineLength;
+    int p = (m_writeIndex >= 0 && m_writeIndex < length) ? m_writeIndex : 0;
+    for (int done = 0; done < n;) {
+        // Up to the end of the line every slot is visited once, so this run
+        // has no dependence from one sample to the next and vectorises.
+        const int run = std::min(n - done, length - p);
+        double* const slot = line + p;
+        const double* const x = in + done;
+        for (int i = 0; i < run; ++i) {
+            const double y = slot[i];
+            slot[i] = x[i] + fb * y;
+            emit(done + i, y);
+        }
+        done += run;
+        p += run;
+        if (p >= length)
+            p = 0;
+    }
+    m_writeIndex = p;
+}
+
+void DelayMain::LineToScratch(const double* in, int n) {
+    double* const __restrict delayed = m_scratch.data();
+    RunLine(in, n, [delayed](int i, double y) { delayed[i] = y; });
+}
+
+// Pan and gain. Both channels carry the same delayed sample y; the right
+// channel's cross term takes the already panned and gained left sample.
+void DelayMain::LineToOutputs(const double* in, double* left, double* right, int n) {
+    const double g = m_gain;
+    const double ll = m_leftFromLeft, lr = m_leftFromRight, rl = m_rightFromLeft, rr = m_rightFromRight;
+    double* const __restrict outL = left;
+    double* const __restrict outR = right;
+    RunLine(in, n, [=](int i, double y) {
+        const double panned = (y * ll + y * lr) * g;
+        outL[i] = panned;
+        outR[i] = (y * rr + panned * rl) * g;
+    });
+}
+
+void DelayMain::ScratchToOutputs(double* left, double* right, int n) const {
+    const double g = m_gain;
+    const double ll = m_leftFromLeft, lr = m_leftFromRight, rl = m_rightFromLeft, rr = m_rightFromRight;
+    const double* const __restrict delayed = m_scratch.data();
+    double* const __restrict outL = left;
+    double* const __restrict outR = right;
+    for (int i = 0; i < n; ++i) {
+        const double y = delayed[i];
+        const double panned = (y * ll + y * lr) * g;
+        outL[i] = panned;
+        outR[i] = (y * rr + panned * rl) * g;
+    }
+}
+
+void DelayMain::Process(double** inputs, double** outputs, int n) {
+    DelayMain* self = this;
+    ProcessTaps(&self, 1, inputs, &outputs, n);
+}
+
+void DelayMain::ProcessTaps(DelayMain* const taps[], int count, double** inputs, double** const outputs[], int n) {
+    if (!taps || !inputs || !inputs[0] || !outputs || n <= 0)
+        return;
+    const double* const in = inputs[0];
+    for (int first = 0; first < count; first += kMaxTapsPerPass) {
+        DelayMain* tap[kMaxTapsPerPass];
+        double* left[kMaxTapsPerPass];
+        double* right[kMaxTapsPerPass];
+        int taken = 0;
+        for (int k = first; k < std::min(count, first + kMaxTapsPerPass); ++k) {
+            if (!taps[k] || !outputs[k] || !outputs[k][0] || !outputs[k][1])
+                continue;
+            tap[taken] = taps[k];
+            left[taken] = outputs[k][0];
+            right[taken] = outputs[k][1];
+            tap[taken]->m_lock.Lock();
+            ++taken;
+        }
+
+        // Slices no longer than the smallest scratch; the state carries over
+        // from slice to slice, so slicing does not change a single sample.
+        int slice = n;
+        for (int t = 0; t < taken; ++t)
+            slice = std::min(slice, int(tap[t]->m_scratch.size()));
+
+        CBiquadFilter* filters[kMaxTapsPerPass];
+        double* blocks[kMaxTapsPerPass];
+        for (int done = 0; done < n; done += slice) {
+            const int m = std::min(slice, n - done);
+            int filtered = 0;
+            for (int t = 0; t < taken; ++t) {
+                DelayMain& d = *tap[t];
+                if (d.FiltersOn()) {
+                    d.LineToScratch(in + done, m);
+                    filters[filtered] = &d.m_filterLeft;
+                    blocks[filtered] = d.m_scratch.data();
+                    ++filtered;
+                } else {
+                    d.LineToOutputs(in + done, left[t] + done, right[t] + done, m);
+                }
+            }
+            if (filtered == 0)
+                continue;
+            // The filter stands after the line, outside the feedback loop.
+            CBiquadFilter::OperateFilters(filters, blocks, filtered, m);
+            for (int t = 0; t < taken; ++t) {
+                DelayMain& d = *tap[t];
+                if (d.FiltersOn()) {
+                    d.m_filterRight.CopyHistoryFrom(d.m_filterLeft);
+                    d.ScratchToOutputs(left[t] + done, right[t] + done, m);
+                }
+            }
+        }
+
+        for (int t = taken - 1; t >= 0; --t)
+            tap[t]->m_lock.Unlock();
+    }
+}
