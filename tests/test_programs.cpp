@@ -1,0 +1,173 @@
+// Programs: fresh defaults, names, change detection and the revert and copy
+// operations between the current, initial and factory banks.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/support/EffectUnderTest.h"
+
+namespace {
+
+ATapDelayProgram RecordOf(const std::vector<unsigned char>& bank, int program) {
+    ATapDelayProgram record;
+    std::memcpy(&record, bank.data() + program * sizeof record, sizeof record);
+    return record;
+}
+
+}  // namespace
+
+TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
+    IsolatedPreferences preferences;
+    TempFolder emptyPluginFolder;
+    PluginUnderTest plugin(false);
+    plugin.directoryAnswer = emptyPluginFolder.path();  // no bank file anywhere
+    plugin.dispatch(effOpen);
+    void* data = nullptr;
+    ASSERT_EQ(plugin.dispatch(effGetChunk, 0, 0, &data), 17664);
+    auto* bytes = static_cast<unsigned char*>(data);
+    std::vector<unsigned char> bank(bytes, bytes + 17664);
+    for (int program = 0; program < 64; program++) {
+        ATapDelayProgram record = RecordOf(bank, program);
+        EXPECT_STREQ(record.name, "Empty");
+        EXPECT_EQ(record.values[21], 1.0f);
+        for (int tap = 1; tap < 6; tap++) EXPECT_EQ(record.values[21 + tap], 0.0f);
+        EXPECT_EQ(record.values[0], 1.0f);
+        EXPECT_EQ(record.values[3], 10.0f / 4000.0f);
+        EXPECT_EQ(record.values[15], 0.5f);
+        EXPECT_EQ(record.values[45], 0.5f);  // FilterGain 0 dB, stored in slot 45
+        EXPECT_FLOAT_EQ(record.values[51], 0.7f / 9.7f);  // FilterQ 1, slot 51
+        EXPECT_EQ(record.values[39], 0.0f);  // FilterON/OFF, slot 39
+        EXPECT_EQ(record.values[59], 0.5f);
+        EXPECT_EQ(record.values[60], 0.0f);
+    }
+    char name[64];
+    for (int program : {0, 63}) {
+        EXPECT_EQ(plugin.dispatch(effGetProgramNameIndexed, program, 0, name), 1);
+        EXPECT_STREQ(name, "Empty");
+    }
+    // Program 0 is live after open: only tap 0 on.
+    EXPECT_EQ(plugin.display(21), "ON");
+    EXPECT_EQ(plugin.display(22), "OFF");
+    EXPECT_EQ(plugin.display(3), "10.0");
+    EXPECT_EQ(plugin.display(33), "L-SH");
+}
+
+TEST(Programs, NamesAreCutTo23Characters) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+    char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";  // 30 characters
+    plugin.dispatch(effSetProgramName, 0, 0, longName);
+    EXPECT_EQ(plugin.programName(), "ABCDEFGHIJKLMNOPQRSTUVW");
+    char text[64];
+    plugin.dispatch(effGetProgramNameIndexed, 0, 0, text);
+    EXPECT_STREQ(text, "ABCDEFGHIJKLMNOPQRSTUVW");
+}
+
+TEST(Programs, SelectingAProgramLoadsItsValues) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+    plugin.setProgram(7);
+    plugin.setParameter(3, 0.1f);
+    plugin.setParameter(33, 1.0f);
+    plugin.setParameter(58, 0.3f);
+    plugin.setProgram(8);
+    EXPECT_EQ(plugin.display(3), "10.0");
+    EXPECT_EQ(plugin.display(33), "L-SH");
+    plugin.setProgram(7);
+    EXPECT_EQ(plugin.display(3), "400.0");
+    EXPECT_EQ(plugin.display(33), "H-SH");
+    EXPECT_EQ(plugin.display(58), "30.0");
+    EXPECT_EQ(plugin.program(), 7);
+}
+
+class ProgramOperations : public ::testing::Test {
+protected:
+    IsolatedPreferences preferences;
+    TempFolder pluginFolder;
+    EffectUnderTest effect{pluginFolder.path()};
+};
+
+TEST_F(ProgramOperations, ChangeDetectionComparesValuesOnly) {
+    EXPECT_FALSE(effect->IsProgramChanged());
+    char name[] = "Renamed";
+    effect->setProgramName(name);
+    EXPECT_FALSE(effect->IsProgramChanged());
+    effect->setParameter(10, 0.9f);
+    EXPECT_TRUE(effect->IsProgramChanged());
+    effect->setParameter(10, ATapDelayProgram().values[10]);  // edited back to identical bytes
+    EXPECT_FALSE(effect->IsProgramChanged());
+    effect->setParameter(40, 0.2f);
+    EXPECT_TRUE(effect->IsProgramChanged());
+
+    effect.calls.clear();
+    effect.view.modifies = 0;
+    effect->ProgramToInitial();
+    EXPECT_FALSE(effect->IsProgramChanged());
+    EXPECT_EQ(effect.display(40), "0.0");
+    char current[64];
+    effect->getProgramName(current);
+    EXPECT_STREQ(current, "Empty");  // the whole record returns, name included
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
+    EXPECT_EQ(effect.view.modifies, 1);
+}
+
+TEST_F(ProgramOperations, RevertingAllProgramsRestoresTheWholeBank) {
+    std::vector<unsigned char> initial = effect.bankBytes();
+    for (int program : {0, 5, 63}) {
+        effect->setProgram(program);
+        effect->setParameter(59, 0.9f);
+    }
+    effect->ProgramToAllInitial();
+    std::vector<unsigned char> now = effect.bankBytes();
+    // Record 0's trailing integer carries the current program; compare the rest.
+    EXPECT_EQ(std::memcmp(now.data() + 276, initial.data() + 276, now.size() - 276), 0);
+    EXPECT_EQ(std::memcmp(now.data(), initial.data(), 272), 0);
+    EXPECT_EQ(effect.display(59), "50.0");
+}
+
+TEST_F(ProgramOperations, FactoryResetOfOneProgramOnly) {
+    effect->setParameter(58, 0.8f);
+    effect.calls.clear();
+    effect.view.modifies = 0;
+    effect->ProgramToFactory();  // no factory file: the defaults
+    EXPECT_EQ(effect.display(58), "0.0");
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
+    EXPECT_EQ(effect.view.modifies, 2);  // once by the reload, once more by the reset
+
+    std::vector<unsigned char> before = effect.bankBytes();
+    effect->setProgram(3);
+    effect->setParameter(58, 0.6f);
+    before = effect.bankBytes();
+    effect->ProgramToAllFactory();  // kept empty: nothing changes
+    EXPECT_EQ(effect.bankBytes(), before);
+    EXPECT_EQ(effect->getProgram(), 3);
+    EXPECT_EQ(effect.display(58), "60.0");
+}
+
+TEST_F(ProgramOperations, CopyFromAnotherProgram) {
+    effect->setProgram(2);
+    effect->setParameter(5, 0.2f);
+    char name[] = "Source";
+    effect->setProgramName(name);
+    effect->setProgram(9);
+    effect.calls.clear();
+    effect->CopyPgFrom(2);
+    EXPECT_EQ(effect->getProgram(), 9);
+    EXPECT_EQ(effect.display(5), "800.0");
+    char current[64];
+    effect->getProgramName(current);
+    EXPECT_STREQ(current, "Source");
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
+
+    // Copying the current program onto itself still reloads and tells the host.
+    effect.calls.clear();
+    effect.view.controls.clear();
+    effect->CopyPgFrom(9);
+    EXPECT_EQ(effect.display(5), "800.0");
+    EXPECT_EQ(effect.view.controls.size(), 62u);
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
+
+    effect->CopyPgFrom(-1);  // not a program: only the reload happens
+    effect->CopyPgFrom(64);
+    EXPECT_EQ(effect.display(5), "800.0");
+}
