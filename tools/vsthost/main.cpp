@@ -1,0 +1,82 @@
+// vsthost: a command-line host for Linux VST 2.4 plug-ins, TapDelay by
+// default. See `vsthost help`.
+#include "tools/vsthost/ArgParse.h"
+#include "tools/vsthost/Commands.h"
+#include "tools/vsthost/PluginSetup.h"
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+namespace {
+
+void printUsage(FILE* out) {
+    fprintf(out,
+            "usage: vsthost COMMAND [options] [arguments]\n"
+            "\n"
+            "Hosts a Linux VST 2.4 plug-in; without --plugin it hosts TapDelay\n"
+            "(%s).\n"
+            "\n"
+            "commands:\n"
+            "  info [PLUGIN.so]          identity, channels, flags, canDo answers, programs\n"
+            "                            and every parameter\n"
+            "  render IN.wav OUT.wav     process a sound file at its own rate\n"
+            "  demo [--out DIR]          render a synthesised phrase through several presets,\n"
+            "                            with WAV files and a PNG picture per preset\n"
+            "  validate [PLUGIN.so]      run the validation battery (non-zero exit on failure)\n"
+            "  bench [PLUGIN.so] [--vs OTHER.so ...]\n"
+            "                            realtime factor and nanoseconds per frame\n"
+            "  help [COMMAND]            this text, or a command's options\n"
+            "\n"
+            "examples:\n"
+            "  vsthost render guitar.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%%\n"
+            "  vsthost demo --out demo\n"
+            "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n",
+            vsthost::defaultPluginPath().c_str());
+}
+
+}  // namespace
+
+
+int runCommand(const std::string& command, const vsthost::Args& args) {
+    if (command == "info")
+        return vsthost::runInfo(args);
+    if (command == "render")
+        return vsthost::runRender(args);
+    if (command == "demo")
+        return vsthost::runDemo(args);
+    if (command == "validate")
+        return vsthost::runValidate(args);
+    if (command == "bench")
+        return vsthost::runBench(args);
+    fprintf(stderr, "vsthost: unknown command \"%s\"\n\n", command.c_str());
+    printUsage(stderr);
+    return 2;
+}
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        printUsage(stderr);
+        return 2;
+    }
+    std::string command = argv[1];
+    vsthost::Args args(argv + 2, argv + argc);
+    if (command == "help" || command == "--help" || command == "-h") {
+        if (args.empty()) {
+            printUsage(stdout);
+            return 0;
+        }
+        command = args[0];
+        args = {"--help"};
+    }
+    try {
+        return runCommand(command, args);
+    } catch (const vsthost::ArgError& e) {
+        fprintf(stderr, "vsthost %s: %s (see vsthost help %s)\n", command.c_str(), e.what(),
+                command.c_str());
+        return 2;
+    } catch (const std::exception& e) {
+        fprintf(stderr, "vsthost %s: %s\n", command.c_str(), e.what());
+        return 1;
+    }
+}
