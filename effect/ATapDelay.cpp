@@ -96,13 +96,19 @@ void ATapDelay::setBlockSize(VstInt32 size) {
 }
 
 void ATapDelay::resume() {
-    params[kParamOnOff] = 1.0f;
+    {
+        CSingleLock lock(engineLock);
+        params[kParamOnOff] = 1.0f;
+    }
     if (editorView) editorView->UpdateControl(kParamOnOff, 1.0f);
     AudioEffectX::resume();
 }
 
 void ATapDelay::suspend() {
-    params[kParamOnOff] = 0.0f;
+    {
+        CSingleLock lock(engineLock);
+        params[kParamOnOff] = 0.0f;
+    }
     if (editorView) editorView->UpdateControl(kParamOnOff, 0.0f);
     for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
 }

@@ -2,6 +2,7 @@
 // three banks of 64 programs, chunks and the default bank file.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "dsp/DelayMain.h"
@@ -84,7 +85,7 @@ public:
     // For the editor.
     void GetVU(float* inL, float* inR, float* outL, float* outR);
     int GetClip() { return 0; }
-    uint16_t GetProcessCounter() const { return processCounter; }
+    uint16_t GetProcessCounter() const { return processCounter.load(std::memory_order_relaxed); }
     void SetEditorView(IEditorView* view) { editorView = view; }
 
     // The folders the bank file is looked up in (each ends in "/").
@@ -100,14 +101,18 @@ private:
     void FreeWorkBuffers();
     void FindPluginFolder();
     void LoadDefaultBank();
+    void CopyCurrentBankToInitial();
     void AfterProgramOperation();
     ATapDelayProgram& CurrentRecord() { return programs[curProgram]; }
 
-    uint16_t processCounter = 0xFFFF;
+    std::atomic<uint16_t> processCounter{0xFFFF};
     ATapDelayProgram programs[kNumPrograms];
     DelayMain delays[kNumTaps];
     ATapDelayProgram initialPrograms[kNumPrograms];
     ATapDelayProgram factoryPrograms[kNumPrograms];
+    // What getChunk hands out: a copy taken under the engine lock, so the host
+    // reads a consistent state while tempo following writes the live bank.
+    ATapDelayProgram chunkSnapshot[kNumPrograms];
     double* workBuffers[kNumTaps][2] = {};
     char bundleFolder[2048] = {};
     float params[kNumParams] = {};    // normalised values; params[0] is the active flag

@@ -36,7 +36,11 @@ bool InGroup(int index, int first) { return index >= first && index < first + kN
 
 // --- queries -----------------------------------------------------------------------
 
-float ATapDelay::getParameter(VstInt32 index) { return IsValidParam(index) ? params[index] : 0.0f; }
+float ATapDelay::getParameter(VstInt32 index) {
+    if (!IsValidParam(index)) return 0.0f;
+    CSingleLock lock(engineLock);  // tempo following writes from the audio thread
+    return params[index];
+}
 
 void ATapDelay::getParameterName(VstInt32 index, char* text) {
     if (!IsValidParam(index)) {
@@ -55,6 +59,7 @@ void ATapDelay::getParameterDisplay(VstInt32 index, char* text) {
         *text = 0;
         return;
     }
+    CSingleLock lock(engineLock);
     if (IsSwitchParam(index)) {
         std::strcpy(text, params[index] == 1.0f ? "ON" : "OFF");
     } else if (index == kParamOutput || index == kParamInput) {
@@ -74,6 +79,7 @@ void ATapDelay::getParameterDisplay(VstInt32 index, char* text) {
 
 float ATapDelay::getParameterDisplayVal(int index) {
     if (!IsValidParam(index)) return 0.0f;
+    CSingleLock lock(engineLock);
     if (index == kParamOnOff || index == kParamFeedBackOnOff || index == kParamTempoSync ||
         InGroup(index, kParamDelayOnOff))
         return params[index];

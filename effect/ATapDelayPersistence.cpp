@@ -90,16 +90,20 @@ void ATapDelay::FindPluginFolder() {
 // --- chunks ------------------------------------------------------------------------
 
 VstInt32 ATapDelay::getChunk(void** data, bool isPreset) {
+    CSingleLock lock(engineLock);
     if (isPreset) {
-        *data = &programs[curProgram];
+        chunkSnapshot[0] = programs[curProgram];
+        *data = &chunkSnapshot[0];
         return kProgramBytes;
     }
     programs[0].currentProgram = curProgram;
-    *data = programs;
+    std::memcpy(chunkSnapshot, programs, sizeof programs);
+    *data = chunkSnapshot;
     return kBankBytes;
 }
 
 VstInt32 ATapDelay::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
+    CSingleLock lock(engineLock);
     if (data && byteSize > 0) {
         if (isPreset) {
             std::memcpy(&programs[curProgram], data, (size_t)std::min(byteSize, kProgramBytes));
@@ -116,7 +120,7 @@ VstInt32 ATapDelay::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
 // --- the default bank file -----------------------------------------------------------
 
 void ATapDelay::LoadDefaultBank() {
-    std::memcpy(initialPrograms, programs, sizeof programs);
+    CopyCurrentBankToInitial();
 
     std::string candidate = std::string(szGlobalMyApplicationDataPathName) + kBankFileName;
     CFileFind finder;
@@ -135,38 +139,54 @@ void ATapDelay::LoadDefaultBank() {
         return;
     if (status == BankFileStatus::Loaded) setChunk(bank.get(), bytesRead, false);
 
-    std::memcpy(initialPrograms, programs, sizeof programs);
+    CopyCurrentBankToInitial();
     SetFactoryProgram();
+}
+
+void ATapDelay::CopyCurrentBankToInitial() {
+    CSingleLock lock(engineLock);
+    std::memcpy(initialPrograms, programs, sizeof programs);
 }
 
 void ATapDelay::SetFactoryProgram() {
     std::string path = std::string(bundleFolder) + kBankFileName;
     std::unique_ptr<ATapDelayProgram[]> bank(new ATapDelayProgram[kNumPrograms]);
-    std::memcpy(bank.get(), factoryPrograms, sizeof factoryPrograms);
     int bytesRead = 0;
     if (ReadBankFile(path.c_str(), cEffect.uniqueID, bank.get(), kBankBytes, &bytesRead) ==
-        BankFileStatus::Loaded)
+        BankFileStatus::Loaded) {
+        CSingleLock lock(engineLock);
         std::memcpy(factoryPrograms, bank.get(), (size_t)bytesRead);
+    }
 }
 
 void ATapDelay::SaveProgram(int index, const char* name) {
     if (index < 0 || index >= kNumPrograms) return;
     std::string path = std::string(szGlobalMyApplicationDataPathName) + kBankFileName;
 
-    int previous = curProgram;
-    programs[index] = programs[previous];
-    std::memset(programs[index].name, 0, sizeof programs[index].name);
-    if (name) std::strncpy(programs[index].name, name, 23);
-    initialPrograms[index] = programs[index];
-    // The program that was being edited returns to its last saved state.
-    programs[previous] = initialPrograms[previous];
-    curProgram = index;
+    {
+        CSingleLock lock(engineLock);
+        int previous = curProgram;
+        programs[index] = programs[previous];
+        std::memset(programs[index].name, 0, sizeof programs[index].name);
+        if (name) std::strncpy(programs[index].name, name, 23);
+        initialPrograms[index] = programs[index];
+        // The program that was being edited returns to its last saved state.
+        programs[previous] = initialPrograms[previous];
+        curProgram = index;
+    }
     setProgram(index);
-    programs[0].currentProgram = index;
+    std::unique_ptr<ATapDelayProgram[]> bank(new ATapDelayProgram[kNumPrograms]);
+    {
+        CSingleLock lock(engineLock);
+        programs[0].currentProgram = index;
+        std::memcpy(bank.get(), programs, sizeof programs);
+    }
 
+    // The file is written outside the lock: a slow disk or the message box
+    // must never hold up the audio thread.
     bool saved = szGlobalMyApplicationDataPathName[0] != 0 &&
                  MakeFolders(szGlobalMyApplicationDataPathName) &&
-                 WriteBankFile(path.c_str(), cEffect.uniqueID, programs, kBankBytes);
+                 WriteBankFile(path.c_str(), cEffect.uniqueID, bank.get(), kBankBytes);
     if (!saved) {
         CString message;
         if (!message.LoadString(kSaveFailedMessage)) message = "The bank file could not be saved.";

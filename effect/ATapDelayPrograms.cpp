@@ -19,10 +19,13 @@ void CopyName(const ATapDelayProgram& program, char* text) {
 
 void ATapDelay::setProgram(VstInt32 program) {
     if (!IsValidProgram(program)) return;
-    curProgram = program;
-    // Replays every value through the host path; the record is read from a
-    // copy because setParameter writes the same slots back.
-    ATapDelayProgram record = programs[program];
+    ATapDelayProgram record;
+    {
+        CSingleLock lock(engineLock);
+        curProgram = program;
+        // Replayed from a copy, because setParameter writes the same slots back.
+        record = programs[program];
+    }
     for (int index = 0; index < kNumParams; index++)
         setParameter(index, record.values[SlotOfParam(index)]);
     RecomputeInternalValues();
@@ -30,20 +33,26 @@ void ATapDelay::setProgram(VstInt32 program) {
 }
 
 void ATapDelay::setProgramName(char* name) {
+    CSingleLock lock(engineLock);
     char* target = CurrentRecord().name;
     std::strncpy(target, name, sizeof CurrentRecord().name);
     target[23] = 0;
 }
 
-void ATapDelay::getProgramName(char* name) { CopyName(CurrentRecord(), name); }
+void ATapDelay::getProgramName(char* name) {
+    CSingleLock lock(engineLock);
+    CopyName(CurrentRecord(), name);
+}
 
 bool ATapDelay::getProgramNameIndexed(VstInt32 category, VstInt32 index, char* text) {
     if (!IsValidProgram(index)) return false;
+    CSingleLock lock(engineLock);
     CopyName(programs[index], text);
     return true;
 }
 
 bool ATapDelay::IsProgramChanged() {
+    CSingleLock lock(engineLock);
     return std::memcmp(programs[curProgram].values, initialPrograms[curProgram].values,
                        kProgramValueBytes) != 0;
 }
@@ -54,16 +63,19 @@ void ATapDelay::AfterProgramOperation() {
 }
 
 void ATapDelay::ProgramToInitial() {
+    CSingleLock lock(engineLock);
     programs[curProgram] = initialPrograms[curProgram];
     AfterProgramOperation();
 }
 
 void ATapDelay::ProgramToAllInitial() {
+    CSingleLock lock(engineLock);
     std::memcpy(programs, initialPrograms, sizeof programs);
     AfterProgramOperation();
 }
 
 void ATapDelay::ProgramToFactory() {
+    CSingleLock lock(engineLock);
     programs[curProgram] = factoryPrograms[curProgram];
     AfterProgramOperation();
     if (editorView) editorView->UpdateModify();
@@ -74,6 +86,7 @@ void ATapDelay::ProgramToFactory() {
 void ATapDelay::ProgramToAllFactory() {}
 
 void ATapDelay::CopyPgFrom(int source) {
+    CSingleLock lock(engineLock);
     if (IsValidProgram(source)) programs[curProgram] = programs[source];
     AfterProgramOperation();
 }

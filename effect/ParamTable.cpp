@@ -100,7 +100,7 @@ float NormalizeValToInternalVal(int index, float normalised) {
         return (float)(selected < maximum ? selected : maximum);
     }
     double v = (double)(range * normalised) + record.min;
-    if (v < record.min) v = record.min;
+    if (!(v >= record.min)) v = record.min;  // NaN from a foreign chunk counts as the minimum
     if (v > record.max) v = record.max;
     if (!IsGainParam(index)) return (float)v;
     return ClampGainDb(index, LinearToDb((float)v));

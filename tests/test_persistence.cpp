@@ -92,9 +92,11 @@ TEST(Chunks, ProgramChunkIsTheCurrentRecord) {
     plugin.setParameter(5, 0.25f);
     void* program = nullptr;
     void* bank = nullptr;
-    ASSERT_EQ(plugin.dispatch(effGetChunk, 1, 0, &program), 276);
     plugin.dispatch(effGetChunk, 0, 0, &bank);
-    EXPECT_EQ(program, static_cast<char*>(bank) + 3 * 276);
+    std::vector<unsigned char> bankCopy((unsigned char*)bank, (unsigned char*)bank + 17664);
+    bank = bankCopy.data();
+    ASSERT_EQ(plugin.dispatch(effGetChunk, 1, 0, &program), 276);
+    EXPECT_EQ(std::memcmp(program, static_cast<char*>(bank) + 3 * 276, 276), 0);
     EXPECT_EQ(static_cast<float*>(program)[5], 0.25f);
 
     std::vector<unsigned char> record((unsigned char*)program, (unsigned char*)program + 276);

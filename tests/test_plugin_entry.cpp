@@ -71,6 +71,15 @@ TEST(Entry, HostWritingReservedFieldsChangesNothing) {
     EXPECT_EQ(plugin.display(59), "50.0");
 }
 
+TEST(Entry, WithoutAHostDirectoryTheBankBesideTheLibraryLoads) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin(false);
+    plugin.directoryAnswer = "";
+    plugin.dispatch(effOpen);
+    EXPECT_NE(plugin.programName(), "Empty");  // the factory bank of the plug-in folder
+    EXPECT_EQ(plugin.callsWithOpcode(audioMasterGetDirectory).size(), 1u);
+}
+
 TEST(Entry, CloseDeletesThroughTheTrampoline) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin;

@@ -69,7 +69,10 @@ VstIntPtr PluginUnderTest::callback(AEffect* effect, VstInt32 opcode, VstInt32 i
 
 VstIntPtr PluginUnderTest::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                                   float opt) {
-    calls.push_back({opcode, index, value, opt});
+    {
+        std::lock_guard<std::mutex> lock(m_callsLock);
+        calls.push_back({opcode, index, value, opt});
+    }
     switch (opcode) {
         case audioMasterVersion: return versionAnswer;
         case audioMasterTempoAt: return tempoAnswer;
@@ -77,6 +80,11 @@ VstIntPtr PluginUnderTest::answer(VstInt32 opcode, VstInt32 index, VstIntPtr val
             return directoryAnswer.empty() ? 0 : (VstIntPtr)directoryAnswer.c_str();
         default: return 0;
     }
+}
+
+std::string PluginUnderTest::EmptyPluginFolder() {
+    static TempFolder folder;
+    return folder.path();
 }
 
 std::vector<HostCall> PluginUnderTest::callsWithOpcode(VstInt32 opcode) const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -49,7 +50,10 @@ public:
     std::vector<HostCall> calls;    // everything the plug-in asked, in order
     VstIntPtr tempoAnswer = 0;      // answer to audioMasterTempoAt
     VstIntPtr versionAnswer = 2400; // answer to audioMasterVersion
-    std::string directoryAnswer;    // answer to audioMasterGetDirectory ("" = none)
+    // Answer to audioMasterGetDirectory ("" = none, so the plug-in finds its own
+    // folder with the factory bank). By default an empty folder: a fresh bank.
+    std::string directoryAnswer = EmptyPluginFolder();
+    static std::string EmptyPluginFolder();
 
     std::vector<HostCall> callsWithOpcode(VstInt32 opcode) const;
     void clearCalls() { calls.clear(); }
@@ -63,6 +67,7 @@ private:
     VstIntPtr answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
 
     AEffect* m_effect = nullptr;
+    std::mutex m_callsLock;  // the plug-in may call back from the audio thread
 };
 
 // A fresh, empty folder under /tmp, removed with its contents at destruction.
