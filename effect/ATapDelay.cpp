@@ -10,10 +10,18 @@ namespace {
 // Work buffers never grow beyond this; a longer host block is sliced.
 constexpr int kMaxWorkBlock = 1 << 16;
 
+// Largest absolute sample; four running maxima keep the loop from waiting on
+// one comparison chain.
 float PeakOf(const double* samples, int count, float peak) {
-    double largest = peak;
-    for (int i = 0; i < count; i++) largest = std::max(largest, std::fabs(samples[i]));
-    return (float)largest;
+    double largest[4] = {peak, 0.0, 0.0, 0.0};
+    int i = 0;
+    for (; i + 4 <= count; i += 4)
+        for (int lane = 0; lane < 4; lane++) {
+            double magnitude = std::fabs(samples[i + lane]);
+            largest[lane] = magnitude > largest[lane] ? magnitude : largest[lane];
+        }
+    for (; i < count; i++) largest[0] = std::max(largest[0], std::fabs(samples[i]));
+    return (float)std::max(std::max(largest[0], largest[1]), std::max(largest[2], largest[3]));
 }
 
 }  // namespace
@@ -23,6 +31,7 @@ ATapDelay::ATapDelay(audioMasterCallback audioMaster)
     GetMy_SHFOLDER_PathName();
     curProgram = 0;
     AllocateWorkBuffers(blockSizeCopy);
+    for (int tap = 0; tap < kNumTaps; tap++) tapList[tap] = &delays[tap];
 
     // The live state before open replaces it with program 0: all six taps on.
     auto start = [this](int index, float value) {
@@ -120,8 +129,10 @@ VstInt32 ATapDelay::startProcess() {
 
 void ATapDelay::AllocateWorkBuffers(int size) {
     FreeWorkBuffers();
-    for (auto& pair : workBuffers)
-        for (double*& buffer : pair) buffer = new double[size]();
+    for (int tap = 0; tap < kNumTaps; tap++) {
+        for (double*& buffer : workBuffers[tap]) buffer = new double[size]();
+        workBufferList[tap] = workBuffers[tap];
+    }
 }
 
 void ATapDelay::FreeWorkBuffers() {
@@ -172,7 +183,7 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
     for (int offset = 0; offset < sampleFrames; offset += blockSizeCopy) {
         int count = std::min(blockSizeCopy, sampleFrames - offset);
         double* sliceIn[2] = {inputs[0] + offset, inputs[1] + offset};
-        for (int tap = 0; tap < kNumTaps; tap++) delays[tap].Process(sliceIn, workBuffers[tap], count);
+        DelayMain::ProcessTaps(tapList, kNumTaps, sliceIn, workBufferList, count);
         MixSlice(inputs, outputs, offset, count);
     }
 }
@@ -180,18 +191,19 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
 void ATapDelay::MixSlice(double** inputs, double** outputs, int offset, int count) {
     const double wet = params[kParamBalance];
     const double dry = 1.0f - params[kParamBalance];
-    bool active[kNumTaps];
-    for (int tap = 0; tap < kNumTaps; tap++) active[tap] = params[kParamDelayOnOff + tap] == 1.0f;
-
+    const double gain = outputGain;
+    // Tap by tap over the whole slice: each sample still sums dry, then the
+    // active taps in order, so the result is the same as a per-sample loop.
     for (int c = 0; c < 2; c++) {
         const double* in = inputs[c] + offset;
         double* out = outputs[c] + offset;
-        for (int i = 0; i < count; i++) {
-            double sum = in[i] * dry;
-            for (int tap = 0; tap < kNumTaps; tap++)
-                if (active[tap]) sum += workBuffers[tap][c][i] * wet;
-            out[i] = sum * outputGain;
+        for (int i = 0; i < count; i++) out[i] = in[i] * dry;
+        for (int tap = 0; tap < kNumTaps; tap++) {
+            if (params[kParamDelayOnOff + tap] != 1.0f) continue;
+            const double* delayed = workBuffers[tap][c];
+            for (int i = 0; i < count; i++) out[i] += delayed[i] * wet;
         }
+        for (int i = 0; i < count; i++) out[i] *= gain;
         float& peak = c == 0 ? peakOutL : peakOutR;
         peak = PeakOf(out, count, peak);
     }

@@ -114,6 +114,9 @@ private:
     // reads a consistent state while tempo following writes the live bank.
     ATapDelayProgram chunkSnapshot[kNumPrograms];
     double* workBuffers[kNumTaps][2] = {};
+    // The taps and their work buffers as the multi-tap engine call takes them.
+    DelayMain* tapList[kNumTaps] = {};
+    double** workBufferList[kNumTaps] = {};
     char bundleFolder[2048] = {};
     float params[kNumParams] = {};    // normalised values; params[0] is the active flag
     StreamFormat streamFormat;
