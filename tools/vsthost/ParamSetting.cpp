@@ -80,7 +80,7 @@ double firstTrue(double lo, double hi, Pred pred) {
 // and what lands on the intended step after the plug-in's own rounding.
 double roundedInside(double lo, double hi) {
     const double mid = 0.5 * (lo + hi);
-    const double slack = 0.25 * (hi - lo);
+    const double slack = 0.05 * (hi - lo);
     for (int digits = 0; digits <= 9; ++digits) {
         const double scale = std::pow(10.0, digits);
         const double r = std::round(mid * scale) / scale;
@@ -125,8 +125,25 @@ float searchText(ParamAccess& params, int index, const std::string& wanted) {
         throw ParamError("parameter " + params.name(index) + " never shows \"" + wanted +
                          "\" (it shows " + list + ")");
     }
-    float value = (float)(0.5 * (runStart + runEnd) / kTextGridSteps);
-    if (!equalsIgnoringCase(probe.text(value), wanted))
+    // An end of the range when the text is shown there: switches are often
+    // exactly 0 or 1 inside, whatever their display says in between.
+    // Otherwise the middle of the values that show it, its edges found
+    // between the grid points.
+    auto shows = [&](double x) { return equalsIgnoringCase(probe.text(x), wanted); };
+    float value;
+    if (runStart == 0) {
+        value = 0.0f;
+    } else if (runEnd == kTextGridSteps) {
+        value = 1.0f;
+    } else {
+        const double from = firstTrue((double)(runStart - 1) / kTextGridSteps,
+                                      (double)runStart / kTextGridSteps, shows);
+        const double to = firstTrue((double)runEnd / kTextGridSteps,
+                                    (double)(runEnd + 1) / kTextGridSteps,
+                                    [&](double x) { return !shows(x); });
+        value = (float)roundedInside(from, to);
+    }
+    if (!shows(value))
         value = (float)runStart / kTextGridSteps;
     params.set(index, value);
     return value;
@@ -187,11 +204,25 @@ float searchNumber(ParamAccess& params, int index, double target) {
                     ? before
                     : after;
     }
-    // Every normalised value that shows `shown`; take a round value near the
-    // middle so that the plug-in's own rounding lands on the same step.
-    const double from = sign * (grid[segment] - shown) >= 0 ? lo : firstTrue(lo, hi, reaches(shown));
-    const double to = sign * (grid[segment + 1] - shown) <= 0 ? hi : firstTrue(lo, hi, passes(shown));
-    float value = (float)roundedInside(from, to);
+    // Every normalised value that shows `shown`, which may reach into the
+    // grid cells around this one.
+    auto at = [](int k) { return (double)k / kGridSteps; };
+    int below = segment;
+    while (below > 0 && !std::isnan(grid[below]) && sign * (grid[below] - shown) >= 0)
+        --below;
+    int above = segment + 1;
+    while (above < kGridSteps && !std::isnan(grid[above]) && sign * (grid[above] - shown) <= 0)
+        ++above;
+    const bool fromStart = sign * (grid[below] - shown) >= 0;
+    const bool toEnd = sign * (grid[above] - shown) <= 0;
+    const double from = fromStart ? at(below) : firstTrue(at(below), at(below + 1), reaches(shown));
+    const double to = toEnd ? at(above) : firstTrue(at(above - 1), at(above), passes(shown));
+    // An end of the range when it shows the value (the extremes are what
+    // people mean by them); else a round value near the middle, so that the
+    // plug-in's own rounding lands on the same step.
+    float value = fromStart && below == 0       ? 0.0f
+                  : toEnd && above == kGridSteps ? 1.0f
+                                                 : (float)roundedInside(from, to);
     if (probe.number(value) != shown)
         value = (float)from;
     params.set(index, value);

@@ -1,0 +1,248 @@
+// Renders through TapDelay.so, checked against expectations computed here
+// from the plug-in's documented behaviour: the dry path at a balance of 0,
+// and a single tap delaying an impulse by a whole number of samples.
+#include "tools/vsthost/BankFile.h"
+#include "tools/vsthost/PluginHost.h"
+#include "tools/vsthost/PluginSetup.h"
+#include "tools/vsthost/Renderer.h"
+#include "tools/vsthost/Synth.h"
+#include "tools/vsthost/WavIO.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <unistd.h>
+
+using namespace vsthost;
+
+namespace {
+
+// Linear gain of "Output" and the tap gains for a normalised value: the
+// table runs linearly from 0.001 to 2.0, shown and applied through dB at
+// 6 dB per doubling, which gives the same linear value back.
+double outputGain(float normalised) {
+    return 0.001 + (2.0 - 0.001) * normalised;
+}
+double inputGain(float normalised) {
+    return 0.001 + (1.0 - 0.001) * normalised;
+}
+
+// Delay in samples for a tap time given as normalised value: the time is
+// 4000 ms times the value (in float), the line length the truncation of
+// rate times time (multiplied in float) over 1000.
+long tapDelaySamples(float normalisedTime, double rate) {
+    const float ms = 4000.0f * normalisedTime;
+    return (long)((double)((float)rate * ms) / 1000.0);
+}
+
+PluginSetup tapDelaySetup(std::vector<std::string> params) {
+    PluginSetup setup;
+    setup.pluginPath = TAPDELAY_PLUGIN_PATH;
+    setup.params = std::move(params);
+    return setup;
+}
+
+// One tap alone, centred, unfiltered, no feedback, no tempo following, all
+// wet; the caller adds the tap time.
+std::vector<std::string> singleTap(const std::string& time) {
+    std::vector<std::string> p = {"ON/OFF=ON", "Input=1", "Output=0.5", "Balance=1",
+                                  "TempoSync=OFF", "FeedBackON/OFF=OFF", "DelayON/OFF0=ON",
+                                  "DelayPan0=0.5", "DelayGain0=0.5", "FilterON/OFF0=OFF", time};
+    for (int tap = 1; tap < 6; ++tap)
+        p.push_back("DelayON/OFF" + std::to_string(tap) + "=OFF");
+    return p;
+}
+
+AudioBuffer renderThrough(const PluginSetup& setup, const AudioBuffer& input,
+                          AppliedSetup* applied = nullptr, bool doublePrecision = false) {
+    PluginSetup s = setup;
+    s.doublePrecision = doublePrecision;
+    auto host = startPlugin(s, input.sampleRate, applied);
+    RenderOptions options;
+    options.blockSize = s.blockSize;
+    options.doublePrecision = doublePrecision;
+    options.tailSeconds = 0.0;
+    return render(*host, input, options);
+}
+
+float normalisedOf(const AppliedSetup& applied, const std::string& name) {
+    for (const AppliedParam& p : applied.params)
+        if (p.name == name)
+            return p.normalised;
+    ADD_FAILURE() << name << " was not set";
+    return 0.0f;
+}
+
+// Index and value of the largest magnitude.
+std::pair<size_t, float> loudest(const std::vector<float>& x) {
+    size_t at = 0;
+    for (size_t i = 1; i < x.size(); ++i)
+        if (std::fabs(x[i]) > std::fabs(x[at]))
+            at = i;
+    return {at, x[at]};
+}
+
+class TempFolder {
+public:
+    TempFolder() {
+        char pattern[] = "/tmp/vsthost-render-XXXXXX";
+        path_ = mkdtemp(pattern);
+    }
+    ~TempFolder() { std::system(("rm -rf '" + path_ + "'").c_str()); }
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+}  // namespace
+
+TEST(TapDelayRender, BalanceZeroReturnsTheGainedInput) {
+    const AudioBuffer input = makeNoise(48000, 2, 4800, 0.5f, 7);
+    for (bool doublePrecision : {false, true}) {
+        AppliedSetup applied;
+        const AudioBuffer out = renderThrough(
+            tapDelaySetup({"ON/OFF=ON", "Balance=0", "Input=0.75", "Output=0.3", "FeedBack=0.5",
+                           "FeedBackON/OFF=ON", "DelayON/OFF1=ON"}),
+            input, &applied, doublePrecision);
+        const double gain =
+            inputGain(normalisedOf(applied, "Input")) * outputGain(normalisedOf(applied, "Output"));
+        ASSERT_EQ(out.channelCount(), 2u);
+        ASSERT_EQ(out.frames(), input.frames());
+        for (size_t c = 0; c < 2; ++c)
+            for (size_t i = 0; i < input.frames(); ++i)
+                ASSERT_NEAR(out.channels[c][i], input.channels[c][i] * gain, 2e-6)
+                    << "channel " << c << " frame " << i << (doublePrecision ? " (double)" : "");
+    }
+}
+
+TEST(TapDelayRender, MonoInputFeedsBothChannels) {
+    AudioBuffer mono = makeNoise(44100, 1, 2000, 0.5f, 3);
+    const AudioBuffer out = renderThrough(tapDelaySetup({"Balance=0", "Input=1", "Output=0.5"}), mono);
+    const double gain = outputGain(0.5f);
+    ASSERT_EQ(out.channelCount(), 2u);
+    for (size_t i = 0; i < mono.frames(); ++i) {
+        ASSERT_NEAR(out.channels[0][i], mono.channels[0][i] * gain, 2e-6);
+        ASSERT_NEAR(out.channels[1][i], mono.channels[0][i] * gain, 2e-6);
+    }
+}
+
+TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
+    struct Case {
+        double rate;
+        std::string time;  // as a user writes it
+        long expected;     // samples, from the rule written out by hand
+    };
+    const Case cases[] = {{48000, "DelayTime0=250ms", 12000},
+                          {44100, "DelayTime0=10ms", 441},
+                          {44100, "DelayTime0:=333.3", 14698},
+                          {96000, "DelayTime0=0.0625", 24000},
+                          {22050, "DelayTime0=1.5s", 33075}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.time + " at " + std::to_string((int)c.rate) + " Hz");
+        const size_t at = 100;
+        const AudioBuffer impulse = makeImpulse(c.rate, 2, (size_t)c.expected + 2000, at, 1.0f);
+        AppliedSetup applied;
+        const AudioBuffer out = renderThrough(tapDelaySetup(singleTap(c.time)), impulse, &applied);
+        const float time = normalisedOf(applied, "DelayTime0");
+        ASSERT_EQ(tapDelaySamples(time, c.rate), c.expected);
+
+        const double gain = outputGain(normalisedOf(applied, "Output")) *
+                            outputGain(normalisedOf(applied, "DelayGain0"));
+        for (size_t ch = 0; ch < 2; ++ch) {
+            const auto [where, value] = loudest(out.channels[ch]);
+            EXPECT_EQ((long)where, (long)at + c.expected) << "channel " << ch;
+            EXPECT_NEAR(value, gain, 1e-5) << "channel " << ch;
+            for (size_t i = 0; i < out.frames(); ++i) {
+                if (i != where) {
+                    ASSERT_EQ(out.channels[ch][i], 0.0f) << "channel " << ch << " frame " << i;
+                }
+            }
+        }
+    }
+}
+
+TEST(TapDelayRender, CommandLineRenderWritesTheExpectedFile) {
+    TempFolder dir;
+    const double rate = 48000;
+    const long delay = 4800;  // 100 ms
+    writeAudioFile(dir.file("in.wav"), makeImpulse(rate, 1, 10000, 0, 1.0f));
+    std::string command = std::string(VSTHOST_EXE) + " render '" + dir.file("in.wav") + "' '" +
+                          dir.file("out.wav") + "' --plugin " + TAPDELAY_PLUGIN_PATH +
+                          " --tail 0.5 -b 100";
+    for (const std::string& p : singleTap("DelayTime0=100ms"))
+        command += " -p '" + p + "'";
+    command += " > '" + dir.file("log.txt") + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+
+    const AudioBuffer out = readAudioFile(dir.file("out.wav"));
+    EXPECT_DOUBLE_EQ(out.sampleRate, rate);
+    ASSERT_EQ(out.channelCount(), 2u);
+    EXPECT_EQ(out.frames(), 10000u + 24000u);  // the input and half a second of tail
+    for (size_t ch = 0; ch < 2; ++ch)
+        EXPECT_EQ((long)loudest(out.channels[ch]).first, delay);
+}
+
+TEST(TapDelayRender, ProgramsByNameAndBankFiles) {
+    auto host = startPlugin(tapDelaySetup({}), 48000);
+    ASSERT_GT(host->numPrograms(), 1);
+    // Whatever the names are, each one finds the first program so named.
+    const std::vector<std::string> names = host->programNames();
+    for (int p : {1, host->numPrograms() - 1}) {
+        const int found = findProgram(*host, names[p]);
+        EXPECT_EQ(names[found], names[p]);
+        EXPECT_LE(found, p);
+    }
+    EXPECT_EQ(findProgram(*host, "3"), 3);
+    EXPECT_THROW(findProgram(*host, "No Such Program Name"), ParamError);
+    EXPECT_THROW(findProgram(*host, "64"), ParamError);
+
+    // A bank saved from an edited instance loads into a fresh one unchanged.
+    TempFolder dir;
+    host->setProgram(2);
+    host->setParam(58, 0.375f);
+    const PatchFile bank = capturePatch(*host, true);
+    writePatchFile(dir.file("bank.fxb"), bank);
+    PluginSetup fromFile = tapDelaySetup({});
+    fromFile.patchFile = dir.file("bank.fxb");
+    AppliedSetup applied;
+    auto fresh = startPlugin(fromFile, 48000, &applied);
+    EXPECT_EQ(applied.program, 2);
+    EXPECT_EQ(fresh->getParam(58), 0.375f);
+    EXPECT_EQ(fresh->getChunk(false), host->getChunk(false));
+
+    // A program file replaces the current program only.
+    host->setParam(59, 0.125f);
+    writePatchFile(dir.file("one.fxp"), capturePatch(*host, false));
+    fromFile.patchFile = dir.file("one.fxp");
+    auto other = startPlugin(fromFile, 48000, &applied);
+    EXPECT_EQ(other->getParam(59), 0.125f);
+    EXPECT_EQ(other->getChunk(true), host->getChunk(true));
+    const int loadedInto = other->currentProgram();
+    const int neighbour = loadedInto == 0 ? 1 : 0;
+    auto plain = startPlugin(tapDelaySetup({}), 48000);
+    other->setProgram(neighbour);
+    plain->setProgram(neighbour);
+    EXPECT_EQ(other->getChunk(true), plain->getChunk(true));
+
+    // Files for another plug-in are refused.
+    PatchFile foreign = bank;
+    foreign.fxId = 0x41424344;
+    writePatchFile(dir.file("foreign.fxb"), foreign);
+    fromFile.patchFile = dir.file("foreign.fxb");
+    EXPECT_THROW(startPlugin(fromFile, 48000), BankFileError);
+}
+
+TEST(TapDelayRender, HostAnswersTimeAndTempo) {
+    // With tempo sync on, the taps follow the host tempo: at 100 BPM and
+    // "8th" notes the first tap is 300 ms, so an impulse comes back 14400
+    // samples later at 48 kHz.
+    std::vector<std::string> params = singleTap("DelayTime0=1000ms");
+    params.push_back("TempoSync=ON");
+    params.push_back("SyncNote=8th");
+    PluginSetup setup = tapDelaySetup(params);
+    setup.tempo = 100.0;
+    const AudioBuffer out = renderThrough(setup, makeImpulse(48000, 2, 20000, 0, 1.0f));
+    EXPECT_EQ((long)loudest(out.channels[0]).first, 14400);
+}
