@@ -19,11 +19,12 @@ public:
     // stored (and fed back) as float.
     void OperateFilter(const float* in, float* out, int n);
 
-    // Runs `count` filters side by side, each over its own block of n samples
-    // in place. Every sample is bit-identical to OperateFilter on that filter
-    // alone; interleaving only hides the latency of the recurrence. The same
-    // filter must not appear twice.
-    static void OperateFilters(CBiquadFilter* const filters[], double* const blocks[], int count, int n);
+    // Runs `count` filters side by side, filter k from in[k] into out[k]
+    // (distinct arrays), n samples each. Every sample is bit-identical to
+    // OperateFilter on that filter alone; running them together only hides
+    // the latency of the recurrence. The same filter must not appear twice.
+    static void OperateFilters(CBiquadFilter* const filters[], const double* const in[], double* const out[],
+                               int count, int n);
 
     void Reset();
     // Takes over another filter's history (used to keep twin filters in step).
@@ -49,5 +50,6 @@ private:
     double m_y2 = 0.0;
 
     template <int Chains>
-    static void RunChains(CBiquadFilter* const filters[], double* const blocks[], int count, int n);
+    static void RunChains(CBiquadFilter* const filters[], const double* const in[], double* const out[], int count,
+                          int n);
 };

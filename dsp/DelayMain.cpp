@@ -1,7 +1,7 @@
 #include "dsp/DelayMain.h"
 
 #include <algorithm>
-#include <cstring>
+#include <type_traits>
 
 namespace {
 
@@ -18,6 +18,35 @@ int FilterTypeIndex(float type) {
     if (!(type > -2147483648.0f && type < 2147483648.0f))
         return -1;
     return int(type);
+}
+
+// The pan matrix and gain for one block. Over each half of the pan range one
+// of the two levels is exactly 1.0, and y * 1.0 is y itself, so that product
+// is skipped without changing a bit.
+struct PanGain {
+    double ll, lr, rl, rr, g;
+
+    template <bool LeftUnity, bool RightUnity>
+    void Apply(double y, double& left, double& right) const {
+        const double panned = ((LeftUnity ? y : y * ll) + y * lr) * g;
+        left = panned;
+        right = ((RightUnity ? y : y * rr) + panned * rl) * g;
+    }
+};
+
+template <class Body>
+void WithPanShape(const PanGain& pan, Body body) {
+    if (pan.ll == 1.0) {
+        if (pan.rr == 1.0)
+            body(std::true_type(), std::true_type());
+        else
+            body(std::true_type(), std::false_type());
+    } else {
+        if (pan.rr == 1.0)
+            body(std::false_type(), std::true_type());
+        else
+            body(std::false_type(), std::false_type());
+    }
 }
 
 }  // namespace
@@ -177,32 +206,28 @@ void DelayMain::LineToScratch(const double* in, int n) {
     RunLine(in, n, [delayed](int i, double y) { delayed[i] = y; });
 }
 
-// Pan and gain. Both channels carry the same delayed sample y; the right
-// channel's cross term takes the already panned and gained left sample.
+// Pan and gain: L' = (L ll + R lr) g, R' = (R rr + L' rl) g. Both channels
+// carry the same delayed sample y; the right channel's cross term takes the
+// already panned and gained left sample.
 void DelayMain::LineToOutputs(const double* in, double* left, double* right, int n) {
-    const double g = m_gain;
-    const double ll = m_leftFromLeft, lr = m_leftFromRight, rl = m_rightFromLeft, rr = m_rightFromRight;
+    const PanGain pan{m_leftFromLeft, m_leftFromRight, m_rightFromLeft, m_rightFromRight, m_gain};
     double* const __restrict outL = left;
     double* const __restrict outR = right;
-    RunLine(in, n, [=](int i, double y) {
-        const double panned = (y * ll + y * lr) * g;
-        outL[i] = panned;
-        outR[i] = (y * rr + panned * rl) * g;
+    WithPanShape(pan, [&](auto leftUnity, auto rightUnity) {
+        RunLine(in, n, [&](int i, double y) {
+            pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(y, outL[i], outR[i]);
+        });
     });
 }
 
-void DelayMain::ScratchToOutputs(double* left, double* right, int n) const {
-    const double g = m_gain;
-    const double ll = m_leftFromLeft, lr = m_leftFromRight, rl = m_rightFromLeft, rr = m_rightFromRight;
-    const double* const __restrict delayed = m_scratch.data();
-    double* const __restrict outL = left;
+// The same for a filtered block that already stands in the left output.
+void DelayMain::PanInPlace(double* left, double* right, int n) const {
+    const PanGain pan{m_leftFromLeft, m_leftFromRight, m_rightFromLeft, m_rightFromRight, m_gain};
     double* const __restrict outR = right;
-    for (int i = 0; i < n; ++i) {
-        const double y = delayed[i];
-        const double panned = (y * ll + y * lr) * g;
-        outL[i] = panned;
-        outR[i] = (y * rr + panned * rl) * g;
-    }
+    WithPanShape(pan, [&](auto leftUnity, auto rightUnity) {
+        for (int i = 0; i < n; ++i)
+            pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(left[i], left[i], outR[i]);
+    });
 }
 
 void DelayMain::Process(double** inputs, double** outputs, int n) {
@@ -236,30 +261,32 @@ void DelayMain::ProcessTaps(DelayMain* const taps[], int count, double** inputs,
             slice = std::min(slice, int(tap[t]->m_scratch.size()));
 
         CBiquadFilter* filters[kMaxTapsPerPass];
-        double* blocks[kMaxTapsPerPass];
+        const double* delayed[kMaxTapsPerPass];
+        double* filtered[kMaxTapsPerPass];
         for (int done = 0; done < n; done += slice) {
             const int m = std::min(slice, n - done);
-            int filtered = 0;
+            int count = 0;
             for (int t = 0; t < taken; ++t) {
                 DelayMain& d = *tap[t];
                 if (d.FiltersOn()) {
                     d.LineToScratch(in + done, m);
-                    filters[filtered] = &d.m_filterLeft;
-                    blocks[filtered] = d.m_scratch.data();
-                    ++filtered;
+                    filters[count] = &d.m_filterLeft;
+                    delayed[count] = d.m_scratch.data();
+                    filtered[count] = left[t] + done;
+                    ++count;
                 } else {
                     d.LineToOutputs(in + done, left[t] + done, right[t] + done, m);
                 }
             }
-            if (filtered == 0)
+            if (count == 0)
                 continue;
             // The filter stands after the line, outside the feedback loop.
-            CBiquadFilter::OperateFilters(filters, blocks, filtered, m);
+            CBiquadFilter::OperateFilters(filters, delayed, filtered, count, m);
             for (int t = 0; t < taken; ++t) {
                 DelayMain& d = *tap[t];
                 if (d.FiltersOn()) {
                     d.m_filterRight.CopyHistoryFrom(d.m_filterLeft);
-                    d.ScratchToOutputs(left[t] + done, right[t] + done, m);
+                    d.PanInPlace(left[t] + done, right[t] + done, m);
                 }
             }
         }

@@ -85,5 +85,5 @@ private:
     void RunLine(const double* in, int n, Emit emit);
     void LineToScratch(const double* in, int n);
     void LineToOutputs(const double* in, double* left, double* right, int n);
-    void ScratchToOutputs(double* left, double* right, int n) const;
+    void PanInPlace(double* left, double* right, int n) const;
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "dsp/CBiquadFilter.h"
+#include "dsp/FlushTiny.h"
 
 namespace {
 
@@ -376,32 +377,79 @@ TEST(BiquadSideBySide, MatchesOneFilterAtATimeBitForBit) {
     std::mt19937 rng(99);
     for (int count = 1; count <= 13; ++count) {
         std::vector<CBiquadFilter> together(count), alone(count);
-        std::vector<std::vector<double>> blocks(count), expected(count);
         for (int k = 0; k < count; ++k) {
             const double freq = 50 + rng() % 15000, gain = int(rng() % 37) - 18.0, q = 0.2 + (rng() % 100) / 10.0;
             const int type = int(rng() % 3);
             together[k].CalcCoefficients(48000, freq, gain, q, type);
             alone[k].CalcCoefficients(48000, freq, gain, q, type);
         }
-        for (int round = 0; round < 6; ++round) {
-            const int n = round == 0 ? 1 : round == 1 ? 2 : int(rng() % 700);
+        for (int round = 0; round < 8; ++round) {
+            const int n = round == 0 ? 1 : round == 1 ? 2 : round == 2 ? 3 : int(rng() % 700);
+            std::vector<std::vector<double>> in(count), out(count), expected(count);
             std::vector<CBiquadFilter*> filters;
-            std::vector<double*> data;
+            std::vector<const double*> inputs;
+            std::vector<double*> outputs;
             for (int k = 0; k < count; ++k) {
-                // Some blocks end in silence so that tails reach the flush.
-                blocks[k] = Noise(n, rng(), k % 3 == 0 ? 1e-5 : 1.0);
+                // Some blocks are quiet or end in silence so that results
+                // reach the flush.
+                in[k] = Noise(n, rng(), k % 3 == 0 ? 1e-5 : 1.0);
                 for (int i = n / 2; k % 2 && i < n; ++i)
-                    blocks[k][i] = 0.0;
+                    in[k][i] = 0.0;
                 expected[k].assign(n, 0.0);
-                alone[k].OperateFilter(blocks[k].data(), expected[k].data(), n);
+                out[k].assign(n, -1.0);
+                alone[k].OperateFilter(in[k].data(), expected[k].data(), n);
                 filters.push_back(&together[k]);
-                data.push_back(blocks[k].data());
+                inputs.push_back(in[k].data());
+                outputs.push_back(out[k].data());
             }
-            CBiquadFilter::OperateFilters(filters.data(), data.data(), count, n);
+            CBiquadFilter::OperateFilters(filters.data(), inputs.data(), outputs.data(), count, n);
             for (int k = 0; k < count; ++k)
                 for (int i = 0; i < n; ++i)
-                    ASSERT_TRUE(SameBits(expected[k][i], blocks[k][i]))
+                    ASSERT_TRUE(SameBits(expected[k][i], out[k][i]))
                         << "count " << count << " filter " << k << " sample " << i;
         }
     }
+}
+
+TEST(BiquadSideBySide, FlushEdgesMatchTheScalarRule) {
+    // At 0 dB a fresh filter's first output is its input, so the flush alone
+    // decides what comes out, in every lane of the side-by-side runner.
+    const double below = std::nextafter(kTiny, 0.0);
+    const double edges[] = {kTiny, -kTiny, below, -below, 4.9e-324, -4.9e-324, 0.0, -0.0, 2 * kTiny, INFINITY, -INFINITY};
+    const int count = int(sizeof edges / sizeof edges[0]);
+    std::vector<CBiquadFilter> filters(count);
+    std::vector<CBiquadFilter*> pointers;
+    std::vector<const double*> in;
+    std::vector<double> out(count, 99.0);
+    std::vector<double*> outputs;
+    for (int k = 0; k < count; ++k) {
+        filters[k].CalcCoefficients(48000, 1000, 0, 1, k % 3);
+        pointers.push_back(&filters[k]);
+        in.push_back(&edges[k]);
+        outputs.push_back(&out[k]);
+    }
+    CBiquadFilter::OperateFilters(pointers.data(), in.data(), outputs.data(), count, 1);
+    for (int k = 0; k < count; ++k) {
+        CBiquadFilter alone;
+        alone.CalcCoefficients(48000, 1000, 0, 1, k % 3);
+        double expected = 0;
+        alone.OperateFilter(&edges[k], &expected, 1);
+        EXPECT_TRUE(SameBits(expected, out[k])) << edges[k] << " -> " << out[k];
+        if (edges[k] != 0.0 && std::fabs(edges[k]) < kTiny) {
+            EXPECT_TRUE(SameBits(out[k], 0.0)) << edges[k];
+        }
+    }
+}
+
+TEST(BiquadRun, FlushRuleOnItsOwn) {
+    const double below = std::nextafter(kTiny, 0.0);
+    EXPECT_TRUE(SameBits(FlushTiny(below), 0.0));
+    EXPECT_TRUE(SameBits(FlushTiny(-below), 0.0));
+    EXPECT_TRUE(SameBits(FlushTiny(-4.9e-324), 0.0));
+    EXPECT_TRUE(SameBits(FlushTiny(kTiny), kTiny));
+    EXPECT_TRUE(SameBits(FlushTiny(-kTiny), -kTiny));
+    EXPECT_TRUE(SameBits(FlushTiny(-0.0), -0.0));  // zero is not "non-zero": kept as it is
+    EXPECT_TRUE(SameBits(FlushTiny(0.0), 0.0));
+    EXPECT_TRUE(SameBits(FlushTiny(-INFINITY), -INFINITY));
+    EXPECT_TRUE(std::isnan(FlushTiny(NAN)));
 }

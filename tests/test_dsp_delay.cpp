@@ -339,6 +339,15 @@ TEST(DelayPan, RightCrossTermCarriesTheGainTwice) {
     EXPECT_EQ(DelayMain::GetWavePanpot(1.0f), 0.0);
 }
 
+TEST(DelayPan, NotANumberPanGivesNotANumber) {
+    DelayMain tap;
+    UnityTap(tap);
+    tap.SetPan(NAN);
+    const TapOutput r = Process(tap, Impulse(8, 1.0));
+    EXPECT_TRUE(std::isnan(r.left[4]));
+    EXPECT_TRUE(std::isnan(r.right[4]));
+}
+
 TEST(DelayFilter, StandsAfterTheLineAndOutsideTheLoop) {
     // Each echo of an impulse is the filter's answer to that echo alone:
     // echo k has height fb^k, so the outputs are fb^k times one filtered
@@ -479,8 +488,13 @@ void RandomChange(Rig& rig, std::mt19937& rng) {
         break;
     }
     case 2: {
-        const int pick = int(rng() % 6);
-        const float p = pick == 0 ? 0.0f : pick == 1 ? 1.0f : pick == 2 ? 0.5f : unit(rng);
+        // Mostly the parameter range, now and then beyond it.
+        const int pick = int(rng() % 8);
+        const float p = pick == 0   ? 0.0f
+                        : pick == 1 ? 1.0f
+                        : pick == 2 ? 0.5f
+                        : pick == 3 ? -0.5f + unit(rng) * 2.0f
+                                    : unit(rng);
         r.pan = p;
         r.MakePan();
         rig.Apply(k, [p](DelayMain& t) { t.SetPan(p); });
