@@ -86,18 +86,33 @@ Bench::~Bench() = default;
 
 std::string Bench::describe(bool sideB) const {
     const Side& s = *sides_.at(sideB ? 1 : 0);
-    std::string text = describePlugin(*s.host) + "\n     ";
+    std::vector<std::string> items;
     if (s.host->numPrograms() > 0)
-        text += "program " + std::to_string(s.applied.program) + " \"" + s.applied.programName +
-                "\"; ";
+        items.push_back("program " + std::to_string(s.applied.program) + " \"" +
+                        s.applied.programName + "\"");
     for (const AppliedParam& p : s.applied.params)
-        text += p.name + "=" + p.display + "; ";
+        items.push_back(p.name + "=" + p.display);
     char tail[160];
     snprintf(tail, sizeof tail, "%.0f Hz, block %d, %s precision, %d in / %d out",
              s.config.sampleRate, s.config.setup.blockSize,
              s.config.setup.doublePrecision ? "double" : "single", s.host->numInputs(),
              s.host->numOutputs());
-    return text + tail;
+    items.push_back(tail);
+    // The settings on lines of at most about 100 characters.
+    const std::string indent = "\n     ";
+    std::string text = describePlugin(*s.host) + indent;
+    size_t column = 0;
+    for (size_t i = 0; i < items.size(); ++i) {
+        const std::string item = items[i] + (i + 1 < items.size() ? "; " : "");
+        if (column > 0 && column + item.size() > 95) {
+            text.pop_back();  // the space after the last ';'
+            text += indent;
+            column = 0;
+        }
+        text += item;
+        column += item.size();
+    }
+    return text;
 }
 
 std::vector<BenchRound> Bench::run(const std::function<void(int, const BenchRound&)>& round) {
