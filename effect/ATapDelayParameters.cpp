@@ -32,6 +32,12 @@ const char* LabelOf(int index) {
 
 bool InGroup(int index, int first) { return index >= first && index < first + kNumTaps; }
 
+// NaN becomes the minimum.
+float ClampToRange(float value, float minimum, float maximum) {
+    if (!(value >= minimum)) return minimum;
+    return value > maximum ? maximum : value;
+}
+
 }  // namespace
 
 // --- queries -----------------------------------------------------------------------
@@ -116,8 +122,16 @@ bool ATapDelay::getParameterProperties(VstInt32 index, VstParameterProperties* p
 // --- updates -------------------------------------------------------------------------
 
 // Brings one parameter into the live state, the current program's record (when
-// asked to) and the taps. The engine lock is held by the caller.
+// asked to) and the taps. The engine lock is held by the caller. Values from
+// outside the ranges (a foreign chunk, a careless host) are pulled back into
+// them first, so no tap ever sees a feedback above 1 or a Q of zero.
 void ATapDelay::ApplyParameter(int index, float normalised, float internalValue, bool writeRecord) {
+    normalised = ClampToRange(normalised, 0.0f, 1.0f);
+    if (!IsGainParam(index) && index != kParamSyncNote) {
+        float minimum, maximum;
+        GetParamMinMax(index, &minimum, &maximum);
+        internalValue = ClampToRange(internalValue, minimum, maximum);
+    }
     params[index] = normalised;
     if (!IsSwitchParam(index)) internal[index] = internalValue;
     if (writeRecord) CurrentRecord().values[SlotOfParam(index)] = normalised;

@@ -62,7 +62,7 @@ float LinearToDb(float linear) { return (float)(std::log((double)linear) / g_ln2
 
 float DbToLinear(float dB, float minimum, float maximum) {
     float linear = std::pow(2.0f, dB / 6.0f);
-    if (linear < minimum) linear = minimum;
+    if (!(linear >= minimum)) linear = minimum;  // NaN too
     if (linear > maximum) linear = maximum;
     return linear;
 }

@@ -220,3 +220,22 @@ TEST_F(UpdatePaths, FeedbackAndSwitchesReachEveryTap) {
     EXPECT_NEAR(out[441], 1.0, 1e-5);
     EXPECT_EQ(out[882], 0.0);
 }
+
+TEST_F(UpdatePaths, ValuesOutsideTheRangesArePulledBackIn) {
+    effect->setParameter(59, 1.0f);
+    effect->setParameter(57, 1.0f);
+    effect->setParameter(58, 40.0f);  // a feedback of 40 would explode
+    EXPECT_EQ(effect->getParameter(58), 1.0f);
+    effect->setParameter(15, -3.0f);
+    EXPECT_EQ(effect->getParameter(15), 0.0f);
+    effect->setParameter(46, NAN);
+    EXPECT_EQ(effect->getParameter(46), 0.0f);
+    EXPECT_EQ(effect.display(46), "0.3");
+    effect->setParameterFromDiaplay(4, 99999.0f);  // typed far beyond 4000 ms
+    EXPECT_EQ(effect.display(4), "4000.0");
+    effect->setParameterFromDiaplay(40, 500.0f);
+    EXPECT_EQ(effect.display(40), "12.0");
+    effect->setParameterFromDiaplay(9, NAN);
+    std::vector<double> out = Impulse(effect, 4096);
+    for (double s : out) ASSERT_TRUE(std::isfinite(s));
+}

@@ -9,27 +9,30 @@ cd "$(dirname "$0")/.."
 bash tools/setup.sh
 JOBS=${JOBS:-$(nproc)}
 
-configure_and_build() {  # folder, extra cmake arguments...
+configure() {  # folder, extra cmake arguments...
   local folder=$1; shift
   cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
-  cmake --build "$folder" -j"$JOBS"
 }
 
 echo "=== AddressSanitizer + UndefinedBehaviorSanitizer ==="
-configure_and_build build-asan -DTAPDELAY_SANITIZE=address,undefined
+configure build-asan -DTAPDELAY_SANITIZE=address,undefined
+cmake --build build-asan -j"$JOBS"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  ctest --test-dir build-asan --output-on-failure -j"$JOBS" -LE "tsan|fuzz"
+  ctest --test-dir build-asan --output-on-failure -j"$JOBS"
 
 echo "=== ThreadSanitizer ==="
-configure_and_build build-tsan -DTAPDELAY_SANITIZE=thread
+configure build-tsan -DTAPDELAY_SANITIZE=thread
+cmake --build build-tsan -j"$JOBS" --target TapDelay tapdelay_resources test_concurrency
 TSAN_OPTIONS="halt_on_error=1" ctest --test-dir build-tsan --output-on-failure -L tsan
 
 if [ -f tests/fuzz/CMakeLists.txt ]; then
   echo "=== Fuzzing (bounded) ==="
-  CXX=clang++ configure_and_build build-fuzz -DTAPDELAY_FUZZ=ON
+  CXX=clang++ configure build-fuzz -DTAPDELAY_FUZZ=ON
+  cmake --build build-fuzz -j"$JOBS" --target fuzz_set_chunk fuzz_bank_file
   ctest --test-dir build-fuzz --output-on-failure -L fuzz
 fi
 
 echo "=== Tests ==="
-configure_and_build build
+configure build
+cmake --build build -j"$JOBS"
 ctest --test-dir build --output-on-failure -j"$JOBS"
