@@ -241,27 +241,24 @@ VstIntPtr PluginHost::setChunk(const std::vector<uint8_t>& data, bool isPreset) 
 }
 
 void PluginHost::processFloat(float** inputs, float** outputs, int frames) {
-    fillTimeInfo();
     effect_->processReplacing(effect_, inputs, outputs, frames);
-    advance(frames);
+    samplePos_ = samplePos_.load() + frames;
 }
 
 void PluginHost::processDouble(double** inputs, double** outputs, int frames) {
-    fillTimeInfo();
     effect_->processDoubleReplacing(effect_, inputs, outputs, frames);
-    advance(frames);
+    samplePos_ = samplePos_.load() + frames;
 }
 
-void PluginHost::fillTimeInfo() {
-    VstTimeInfo& t = timeInfo_;
-    const bool first = samplePos_ == 0.0;
-    t = VstTimeInfo{};
-    t.samplePos = samplePos_;
+VstTimeInfo PluginHost::timeInfo() const {
+    VstTimeInfo t{};
+    const double position = samplePos_.load();
+    t.samplePos = position;
     t.sampleRate = transport_.sampleRate;
     t.nanoSeconds = (double)std::chrono::duration_cast<std::chrono::nanoseconds>(
                         std::chrono::steady_clock::now().time_since_epoch())
                         .count();
-    const double quarters = samplePos_ / transport_.sampleRate * transport_.tempo / 60.0;
+    const double quarters = position / transport_.sampleRate * transport_.tempo / 60.0;
     const double quartersPerBar =
         transport_.timeSigNumerator * 4.0 / std::max(1, transport_.timeSigDenominator);
     t.ppqPos = quarters;
@@ -270,11 +267,8 @@ void PluginHost::fillTimeInfo() {
     t.timeSigNumerator = transport_.timeSigNumerator;
     t.timeSigDenominator = transport_.timeSigDenominator;
     t.flags = kVstTransportPlaying | kVstNanosValid | kVstPpqPosValid | kVstTempoValid |
-              kVstBarsValid | kVstTimeSigValid | (first ? kVstTransportChanged : 0);
-}
-
-void PluginHost::advance(int frames) {
-    samplePos_ += frames;
+              kVstBarsValid | kVstTimeSigValid | (position == 0.0 ? kVstTransportChanged : 0);
+    return t;
 }
 
 CallbackLog PluginHost::callbackLog() const {
@@ -323,7 +317,11 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
             std::lock_guard<std::mutex> lock(logMutex_);
             ++log_.getTime;
         }
-        return reinterpret_cast<VstIntPtr>(&timeInfo_);
+        // One record per thread: the audio thread's stays as it was during
+        // its block whatever another thread asks meanwhile.
+        thread_local VstTimeInfo answered;
+        answered = timeInfo();
+        return reinterpret_cast<VstIntPtr>(&answered);
     }
     case audioMasterTempoAt: {
         std::lock_guard<std::mutex> lock(logMutex_);

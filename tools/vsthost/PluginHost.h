@@ -149,8 +149,10 @@ public:
     // Transport seen through audioMasterGetTime / audioMasterTempoAt.
     HostTransport& transport() { return transport_; }
     void setTempo(double bpm) { transport_.tempo = bpm; }
-    double samplePosition() const { return samplePos_; }
+    double samplePosition() const { return samplePos_.load(); }
     void resetSamplePosition() { samplePos_ = 0.0; }
+    // What audioMasterGetTime answers now.
+    VstTimeInfo timeInfo() const;
 
     CallbackLog callbackLog() const;
     void clearCallbackLog();
@@ -162,8 +164,6 @@ public:
 private:
     VstIntPtr answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
     std::string dispatchString(VstInt32 opcode, VstInt32 index);
-    void fillTimeInfo();
-    void advance(int frames);
 
     std::shared_ptr<PluginModule> module_;
     AEffect* effect_ = nullptr;
@@ -171,8 +171,7 @@ private:
     std::string directory_;
     bool opened_ = false;
     bool resumed_ = false;
-    double samplePos_ = 0.0;
-    VstTimeInfo timeInfo_{};
+    std::atomic<double> samplePos_{0.0};  // advanced by the audio thread
     mutable std::mutex logMutex_;
     CallbackLog log_;
 };
