@@ -6,8 +6,9 @@
 //
 //   bench_dsp                      timing table
 //   bench_dsp --blocks N MODE      runs N blocks of one case and stops, for
-//                                  valgrind --tool=callgrind --toggle-collect=RunBlocks
-//                                  (MODE: taps-on, taps-off, each-on, each-off)
+//                                  valgrind --tool=callgrind --toggle-collect='*RunBlocks*'
+//                                  (MODE: taps-on, taps-off: ProcessTaps; each-on,
+//                                  each-off: six Process calls; all with the mix)
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -176,7 +177,6 @@ __attribute__((noinline)) void RunBlocks(Effect& effect, Signal& signal, long bl
     }
 }
 
-
 double Seconds(std::chrono::steady_clock::time_point since) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
 }
@@ -217,7 +217,7 @@ int main(int argc, char** argv) {
         std::printf("%ld blocks of %d frames (%ld frames), %s\n", blocks, kBlock, blocks * kBlock, argv[3]);
         return 0;
     }
-    std::printf("Six taps, feedback 50 %%, %d Hz, %d-frame blocks, with the effect's mix (fastest of 200 rounds of 100 blocks)\n", kRate,
+    std::printf("Six taps, feedback 50 %%, %d Hz, %d-frame blocks (fastest of 200 rounds of 100 blocks)\n", kRate,
                 kBlock);
     std::printf("%-32s %12s %14s\n", "case", "ns/frame", "x realtime");
     const struct {

@@ -18,11 +18,10 @@ inline float FlushFloat(float y) { return (y != 0.0f && std::fabs(y) < float(kTi
 // The flush test 0 < |y| < 2^-20 is one compare on the magnitude's bits
 // minus one: a zero magnitude turns into all ones, a NaN pattern that
 // compares false, and positive bit patterns order like their values.
-inline __m128d FlushPair(__m128d y) {
+inline __m128d TinyMask(__m128d y) {
     const __m128i magnitude = _mm_and_si128(_mm_castpd_si128(y), _mm_set1_epi64x(int64_t(kMagnitudeBits)));
     const __m128d below = _mm_castsi128_pd(_mm_sub_epi64(magnitude, _mm_set1_epi64x(1)));
-    const __m128d tiny = _mm_cmplt_pd(below, _mm_castsi128_pd(_mm_set1_epi64x(int64_t(kFlushTinyBits - 1))));
-    return _mm_andnot_pd(tiny, y);
+    return _mm_cmplt_pd(below, _mm_castsi128_pd(_mm_set1_epi64x(int64_t(kFlushTinyBits - 1))));
 }
 
 }  // namespace
@@ -120,74 +119,71 @@ void CBiquadFilter::OperateFilter(const float* in, float* out, int n) {
     m_y2 = y2;
 }
 
-// Filters 2c and 2c + 1 share the SSE2 register pairs of chain c; with an
-// odd count the spare lane repeats the last filter, computing the same values
-// into the same place. The chains are independent, so the latencies of their
-// recurrences overlap.
+// The feed-forward half of the recurrence, (b0 x + b1 x1) + b2 x2, for a
+// whole block: no dependence between samples, so it vectorises.
+void CBiquadFilter::FeedForward(const double* in, double* out, int n) {
+    const double b0 = m_b0, b1 = m_b1, b2 = m_b2;
+    out[0] = b0 * in[0] + b1 * m_x1 + b2 * m_x2;
+    if (n > 1)
+        out[1] = b0 * in[1] + b1 * in[0] + b2 * m_x1;
+    for (int i = 2; i < n; ++i)
+        out[i] = b0 * in[i] + b1 * in[i - 1] + b2 * in[i - 2];
+    m_x2 = n > 1 ? in[n - 2] : m_x1;
+    m_x1 = in[n - 1];
+}
+
+// The feedback half, (partial - a1 y1) - a2 y2, and the flush, in place over
+// the partial sums. Filters 2c and 2c + 1 share the SSE2 register pairs of
+// chain c; with an odd count the spare lane repeats the last filter,
+// computing the same values into the same place. The chains are independent,
+// so the latencies of their recurrences overlap. A result needs flushing only
+// in decaying tails: the test runs beside the recurrence and is acted on in a
+// branch that is rarely taken, so it adds nothing to the latency.
 template <int Chains>
-void CBiquadFilter::RunChains(CBiquadFilter* const filters[], const double* const in[], double* const out[],
-                              int count, int n) {
+void CBiquadFilter::FeedBack(CBiquadFilter* const filters[], double* const blocks[], int count, int n) {
     CBiquadFilter* lane[2 * Chains];
-    const double* source[2 * Chains];
-    double* target[2 * Chains];
+    double* data[2 * Chains];
     for (int k = 0; k < 2 * Chains; ++k) {
         const int from = k < count ? k : count - 1;
         lane[k] = filters[from];
-        source[k] = in[from];
-        target[k] = out[from];
+        data[k] = blocks[from];
     }
-    __m128d b0[Chains], b1[Chains], b2[Chains], a1[Chains], a2[Chains], y1[Chains], y2[Chains];
-    __m128d historyX1[Chains], historyX2[Chains];
+    __m128d a1[Chains], a2[Chains], y1[Chains], y2[Chains];
     for (int c = 0; c < Chains; ++c) {
         const CBiquadFilter& l = *lane[2 * c];
         const CBiquadFilter& h = *lane[2 * c + 1];
-        b0[c] = _mm_setr_pd(l.m_b0, h.m_b0);
-        b1[c] = _mm_setr_pd(l.m_b1, h.m_b1);
-        b2[c] = _mm_setr_pd(l.m_b2, h.m_b2);
         a1[c] = _mm_setr_pd(l.m_a1, h.m_a1);
         a2[c] = _mm_setr_pd(l.m_a2, h.m_a2);
         y1[c] = _mm_setr_pd(l.m_y1, h.m_y1);
         y2[c] = _mm_setr_pd(l.m_y2, h.m_y2);
-        historyX1[c] = _mm_setr_pd(l.m_x1, h.m_x1);
-        historyX2[c] = _mm_setr_pd(l.m_x2, h.m_x2);
     }
-    auto input = [&](int c, int i) {
-        return _mm_loadh_pd(_mm_load_sd(source[2 * c] + i), source[2 * c + 1] + i);
-    };
-    // One sample of chain c: b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2, left to right.
-    auto step = [&](int c, int i, __m128d x1, __m128d x2) {
-        const __m128d x = input(c, i);
-        __m128d sum = _mm_add_pd(_mm_mul_pd(b0[c], x), _mm_mul_pd(b1[c], x1));
-        sum = _mm_add_pd(sum, _mm_mul_pd(b2[c], x2));
-        sum = _mm_sub_pd(sum, _mm_mul_pd(a1[c], y1[c]));
-        sum = _mm_sub_pd(sum, _mm_mul_pd(a2[c], y2[c]));
-        const __m128d y = FlushPair(sum);
-        _mm_storel_pd(target[2 * c] + i, y);
-        _mm_storeh_pd(target[2 * c + 1] + i, y);
-        y2[c] = y1[c];
-        y1[c] = y;
-    };
-    // The first two samples take their inputs from the stored history.
-    for (int c = 0; c < Chains; ++c)
-        step(c, 0, historyX1[c], historyX2[c]);
-    if (n > 1)
-        for (int c = 0; c < Chains; ++c)
-            step(c, 1, input(c, 0), historyX1[c]);
-    for (int i = 2; i < n; ++i)
-        for (int c = 0; c < Chains; ++c)
-            step(c, i, input(c, i - 1), input(c, i - 2));
-
+    for (int i = 0; i < n; ++i) {
+        __m128d y[Chains], tiny[Chains];
+        __m128d anyTiny = _mm_setzero_pd();
+        for (int c = 0; c < Chains; ++c) {
+            const __m128d partial = _mm_loadh_pd(_mm_load_sd(data[2 * c] + i), data[2 * c + 1] + i);
+            y[c] = _mm_sub_pd(_mm_sub_pd(partial, _mm_mul_pd(a1[c], y1[c])), _mm_mul_pd(a2[c], y2[c]));
+            tiny[c] = TinyMask(y[c]);
+            anyTiny = _mm_or_pd(anyTiny, tiny[c]);
+        }
+        if (__builtin_expect(_mm_movemask_pd(anyTiny) != 0, 0))
+            for (int c = 0; c < Chains; ++c)
+                y[c] = _mm_andnot_pd(tiny[c], y[c]);
+        for (int c = 0; c < Chains; ++c) {
+            _mm_storel_pd(data[2 * c] + i, y[c]);
+            _mm_storeh_pd(data[2 * c + 1] + i, y[c]);
+            y2[c] = y1[c];
+            y1[c] = y[c];
+        }
+    }
     double state[2][2 * Chains];
     for (int c = 0; c < Chains; ++c) {
         _mm_storeu_pd(&state[0][2 * c], y1[c]);
         _mm_storeu_pd(&state[1][2 * c], y2[c]);
     }
     for (int k = 0; k < count; ++k) {
-        CBiquadFilter& f = *lane[k];
-        f.m_y1 = state[0][k];
-        f.m_y2 = state[1][k];
-        f.m_x2 = n > 1 ? source[k][n - 2] : f.m_x1;
-        f.m_x1 = source[k][n - 1];
+        lane[k]->m_y1 = state[0][k];
+        lane[k]->m_y2 = state[1][k];
     }
 }
 
@@ -195,6 +191,8 @@ void CBiquadFilter::OperateFilters(CBiquadFilter* const filters[], const double*
                                    int count, int n) {
     if (n <= 0)
         return;
+    for (int k = 0; k < count; ++k)
+        filters[k]->FeedForward(in[k], out[k], n);
     // Three chains (six filters) cover the latency of one sample's
     // recurrence and still fit the sixteen SSE registers.
     constexpr int kGroup = 6;
@@ -202,13 +200,13 @@ void CBiquadFilter::OperateFilters(CBiquadFilter* const filters[], const double*
         const int group = std::min(kGroup, count - first);
         switch ((group + 1) / 2) {
         case 1:
-            RunChains<1>(filters + first, in + first, out + first, group, n);
+            FeedBack<1>(filters + first, out + first, group, n);
             break;
         case 2:
-            RunChains<2>(filters + first, in + first, out + first, group, n);
+            FeedBack<2>(filters + first, out + first, group, n);
             break;
         default:
-            RunChains<3>(filters + first, in + first, out + first, group, n);
+            FeedBack<3>(filters + first, out + first, group, n);
             break;
         }
     }

@@ -49,7 +49,7 @@ private:
     double m_y1 = 0.0;
     double m_y2 = 0.0;
 
+    void FeedForward(const double* in, double* out, int n);
     template <int Chains>
-    static void RunChains(CBiquadFilter* const filters[], const double* const in[], double* const out[], int count,
-                          int n);
+    static void FeedBack(CBiquadFilter* const filters[], double* const blocks[], int count, int n);
 };

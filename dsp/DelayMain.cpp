@@ -265,23 +265,24 @@ void DelayMain::ProcessTaps(DelayMain* const taps[], int count, double** inputs,
         double* filtered[kMaxTapsPerPass];
         for (int done = 0; done < n; done += slice) {
             const int m = std::min(slice, n - done);
-            int count = 0;
+            int filterCount = 0;
             for (int t = 0; t < taken; ++t) {
                 DelayMain& d = *tap[t];
                 if (d.FiltersOn()) {
                     d.LineToScratch(in + done, m);
-                    filters[count] = &d.m_filterLeft;
-                    delayed[count] = d.m_scratch.data();
-                    filtered[count] = left[t] + done;
-                    ++count;
+                    filters[filterCount] = &d.m_filterLeft;
+                    delayed[filterCount] = d.m_scratch.data();
+                    filtered[filterCount] = left[t] + done;
+                    ++filterCount;
                 } else {
                     d.LineToOutputs(in + done, left[t] + done, right[t] + done, m);
                 }
             }
-            if (count == 0)
+            if (filterCount == 0)
                 continue;
-            // The filter stands after the line, outside the feedback loop.
-            CBiquadFilter::OperateFilters(filters, delayed, filtered, count, m);
+            // The filter stands after the line, outside the feedback loop;
+            // the right filter would see the same samples as the left one.
+            CBiquadFilter::OperateFilters(filters, delayed, filtered, filterCount, m);
             for (int t = 0; t < taken; ++t) {
                 DelayMain& d = *tap[t];
                 if (d.FiltersOn()) {

@@ -41,10 +41,11 @@ public:
     void Process(double** inputs, double** outputs, int n);
 
     // The same as calling taps[k]->Process(inputs, outputs[k], n) for k = 0 ..
-    // count-1 in order, bit for bit, but with the filters of all taps run side
-    // by side. Each tap is locked in array order for the whole call (a caller
-    // holding the effect lock takes it first, as for Process). A tap must
-    // appear only once; null taps or null output pairs are skipped.
+    // count-1 in that order, bit for bit, but with the filters of all taps run
+    // side by side, which hides the latency of their recurrences. Takes every
+    // tap's lock, in array order, for the whole call (a caller holding the
+    // effect lock takes that first, as for Process). A tap may appear only
+    // once; null taps and null output pairs are skipped.
     static void ProcessTaps(DelayMain* const taps[], int count, double** inputs, double** const outputs[], int n);
 
 private:
