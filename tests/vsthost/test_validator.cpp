@@ -1,0 +1,85 @@
+// The validator against a plug-in with faults to order: a well-behaved one
+// passes every check, and each fault fails the check meant to find it.
+#include "tools/vsthost/Validator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <sys/wait.h>
+
+using namespace vsthost;
+
+namespace {
+
+std::map<std::string, CheckOutcome> validate(const std::string& fault, const std::string& only = "") {
+    setenv("VSTHOST_FAULT", fault.c_str(), 1);
+    ValidateOptions options;
+    options.setup.pluginPath = FAULTY_PLUGIN_PATH;
+    options.timeout = 60;
+    options.only = only;
+    std::map<std::string, CheckOutcome> outcomes;
+    for (const CheckReport& r : Validator(options).run(nullptr))
+        outcomes[r.name] = r.outcome;
+    unsetenv("VSTHOST_FAULT");
+    return outcomes;
+}
+
+const char* statusName(CheckOutcome::Status s) {
+    switch (s) {
+    case CheckOutcome::Status::Pass: return "PASS";
+    case CheckOutcome::Status::Fail: return "FAIL";
+    case CheckOutcome::Status::Skip: return "SKIP";
+    case CheckOutcome::Status::Warn: return "WARN";
+    }
+    return "?";
+}
+
+void expectFailure(const std::string& fault, const std::string& check, const std::string& why) {
+    SCOPED_TRACE("fault " + fault);
+    const auto outcomes = validate(fault, check);
+    ASSERT_EQ(outcomes.size(), 1u) << "no check named " << check;
+    const CheckOutcome& o = outcomes.begin()->second;
+    EXPECT_EQ(o.status, CheckOutcome::Status::Fail) << statusName(o.status) << ": " << o.detail;
+    EXPECT_NE(o.detail.find(why), std::string::npos) << o.detail;
+}
+
+}  // namespace
+
+TEST(Validator, AWellBehavedPlugInPassesEveryCheck) {
+    const auto outcomes = validate("");
+    EXPECT_EQ(outcomes.size(), Validator::checkNames().size());
+    for (const auto& [name, o] : outcomes)
+        EXPECT_EQ(o.status, CheckOutcome::Status::Pass) << name << ": " << statusName(o.status)
+                                                        << ": " << o.detail;
+}
+
+TEST(Validator, EachFaultIsFoundByItsCheck) {
+    expectFailure("nan", "finite output for finite input", "non-finite output");
+    expectFailure("crash", "out-of-range indices and sizes", "crashed");
+    expectFailure("leak", "no leaks", "the heap grows");
+    expectFailure("hum", "tail ends in exact silence", "silence in gives");
+    expectFailure("chunk", "chunks round-trip bit for bit", "differs");
+    expectFailure("text", "texts terminated and in bounds", "no terminating zero");
+}
+
+TEST(Validator, ChecksCanBeChosenByName) {
+    const auto outcomes = validate("", "chunks");
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes.begin()->first, "chunks round-trip bit for bit");
+}
+
+TEST(Validator, CommandLineExitStatusAndSummary) {
+    const std::string base = std::string(VSTHOST_EXE) + " validate " + FAULTY_PLUGIN_PATH +
+                             " --only finite > /dev/null";
+    int status = std::system(base.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    status = std::system(("VSTHOST_FAULT=nan " + base).c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    // A plug-in that cannot be loaded at all is an error too.
+    status = std::system((std::string(VSTHOST_EXE) + " validate /nonexistent/x.so 2> /dev/null").c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+}
