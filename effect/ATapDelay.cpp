@@ -5,24 +5,12 @@
 #include <cstring>
 #include <memory>
 
+#include "effect/TapMixer.h"
+
 namespace {
 
 // Work buffers never grow beyond this; a longer host block is sliced.
 constexpr int kMaxWorkBlock = 1 << 16;
-
-// Largest absolute sample; four running maxima keep the loop from waiting on
-// one comparison chain.
-float PeakOf(const double* samples, int count, float peak) {
-    double largest[4] = {peak, 0.0, 0.0, 0.0};
-    int i = 0;
-    for (; i + 4 <= count; i += 4)
-        for (int lane = 0; lane < 4; lane++) {
-            double magnitude = std::fabs(samples[i + lane]);
-            largest[lane] = magnitude > largest[lane] ? magnitude : largest[lane];
-        }
-    for (; i < count; i++) largest[0] = std::max(largest[0], std::fabs(samples[i]));
-    return (float)std::max(std::max(largest[0], largest[1]), std::max(largest[2], largest[3]));
-}
 
 }  // namespace
 
@@ -172,10 +160,8 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
     }
 
     // The input gain works in place on the host's buffers.
-    for (int c = 0; c < 2; c++)
-        for (VstInt32 i = 0; i < sampleFrames; i++) inputs[c][i] *= inputGain;
-    peakInL = PeakOf(inputs[0], sampleFrames, 0.0f);
-    peakInR = PeakOf(inputs[1], sampleFrames, 0.0f);
+    peakInL = (float)ApplyGainAndPeak(inputs[0], sampleFrames, inputGain);
+    peakInR = (float)ApplyGainAndPeak(inputs[1], sampleFrames, inputGain);
 
     if (params[kParamTempoSync] == 1.0f && hasHost()) FollowTempo();
 
@@ -191,21 +177,14 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
 void ATapDelay::MixSlice(double** inputs, double** outputs, int offset, int count) {
     const double wet = params[kParamBalance];
     const double dry = 1.0f - params[kParamBalance];
-    const double gain = outputGain;
-    // Tap by tap over the whole slice: each sample still sums dry, then the
-    // active taps in order, so the result is the same as a per-sample loop.
     for (int c = 0; c < 2; c++) {
-        const double* in = inputs[c] + offset;
-        double* out = outputs[c] + offset;
-        for (int i = 0; i < count; i++) out[i] = in[i] * dry;
-        for (int tap = 0; tap < kNumTaps; tap++) {
-            if (params[kParamDelayOnOff + tap] != 1.0f) continue;
-            const double* delayed = workBuffers[tap][c];
-            for (int i = 0; i < count; i++) out[i] += delayed[i] * wet;
-        }
-        for (int i = 0; i < count; i++) out[i] *= gain;
+        const double* active[kNumTaps];
+        int activeCount = 0;
+        for (int tap = 0; tap < kNumTaps; tap++)
+            if (params[kParamDelayOnOff + tap] == 1.0f) active[activeCount++] = workBuffers[tap][c];
         float& peak = c == 0 ? peakOutL : peakOutR;
-        peak = PeakOf(out, count, peak);
+        peak = (float)MixTapsAndPeak(inputs[c] + offset, active, activeCount, outputs[c] + offset,
+                                     count, dry, wet, outputGain, peak);
     }
 }
 
