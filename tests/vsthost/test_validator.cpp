@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <algorithm>
 #include <map>
 #include <sys/wait.h>
 
@@ -35,13 +36,20 @@ const char* statusName(CheckOutcome::Status s) {
     return "?";
 }
 
+// `why` is a part of the detail; "|" separates alternatives.
 void expectFailure(const std::string& fault, const std::string& check, const std::string& why) {
     SCOPED_TRACE("fault " + fault);
     const auto outcomes = validate(fault, check);
     ASSERT_EQ(outcomes.size(), 1u) << "no check named " << check;
     const CheckOutcome& o = outcomes.begin()->second;
     EXPECT_EQ(o.status, CheckOutcome::Status::Fail) << statusName(o.status) << ": " << o.detail;
-    EXPECT_NE(o.detail.find(why), std::string::npos) << o.detail;
+    bool found = false;
+    for (size_t from = 0; from <= why.size();) {
+        const size_t bar = std::min(why.find('|', from), why.size());
+        found = found || o.detail.find(why.substr(from, bar - from)) != std::string::npos;
+        from = bar + 1;
+    }
+    EXPECT_TRUE(found) << o.detail;
 }
 
 }  // namespace
@@ -56,7 +64,8 @@ TEST(Validator, AWellBehavedPlugInPassesEveryCheck) {
 
 TEST(Validator, EachFaultIsFoundByItsCheck) {
     expectFailure("nan", "finite output for finite input", "non-finite output");
-    expectFailure("crash", "out-of-range indices and sizes", "crashed");
+    // A sanitizer turns the crash into an exit with a report.
+    expectFailure("crash", "out-of-range indices and sizes", "crashed|ended without a result");
     expectFailure("leak", "no leaks", "the heap grows");
     expectFailure("hum", "tail ends in exact silence", "silence in gives");
     expectFailure("chunk", "chunks round-trip bit for bit", "differs");

@@ -123,7 +123,22 @@ std::string ArgParser::help() const {
             out << std::string(30 - left.size(), ' ');
         else
             out << "\n" << std::string(30, ' ');
-        out << s.help << (s.repeatable ? " (repeatable)" : "") << "\n";
+        // The description wrapped to the right of the option names.
+        std::istringstream words(s.help + (s.repeatable ? " (repeatable)" : ""));
+        std::string word;
+        size_t column = 30;
+        bool first = true;
+        while (words >> word) {
+            if (!first && column + 1 + word.size() > 100) {
+                out << "\n" << std::string(30, ' ');
+                column = 30;
+                first = true;
+            }
+            out << (first ? "" : " ") << word;
+            column += word.size() + (first ? 0 : 1);
+            first = false;
+        }
+        out << "\n";
     }
     return out.str();
 }

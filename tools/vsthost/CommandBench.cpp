@@ -49,7 +49,10 @@ int runBench(const Args& args) {
         .option("seed", 0, "N", "seed of the noise input (default 1)");
     ParsedArgs parsed;
     if (!parseCommandLine(parser, first,
-                          "vsthost bench [PLUGIN.so] [options] [--vs OTHER.so [its options]]",
+                          "vsthost bench [PLUGIN.so] [options] [--vs OTHER.so [its options]]\n\n"
+                          "The options after --vs OTHER.so set up the second plug-in (plug-in\n"
+                          "options and --rate); its block size, precision, rate and tempo are\n"
+                          "the first one's unless given there.",
                           parsed))
         return 0;
     BenchOptions options;

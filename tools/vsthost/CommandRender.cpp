@@ -54,6 +54,10 @@ int runRender(const Args& args) {
     options.progress = [&bar](size_t done, size_t planned) { bar.update(done, planned); };
     const AudioBuffer output = render(*host, input, options);
     bar.finish();
+    const CallbackLog log = host->callbackLog();
+    if (!log.automation.empty() || log.updateDisplay > 0)
+        printf("callbacks %zu automation messages, %d display updates from the plug-in\n",
+               log.automation.size(), log.updateDisplay);
     host->close();
 
     writeAudioFile(outPath, output, format);
