@@ -49,6 +49,9 @@ int runRender(const Args& args) {
            tail == "auto" ? "until quiet" : (tail + " s").c_str());
     if (input.channelCount() == 1 && host->numInputs() > 1)
         printf("note      the mono input feeds all %d plug-in inputs\n", host->numInputs());
+    if ((int)input.channelCount() > host->numInputs())
+        printf("note      the plug-in has %d input%s: the file's other channels are not used\n",
+               host->numInputs(), host->numInputs() == 1 ? "" : "s");
 
     ProgressBar bar("rendering");
     options.progress = [&bar](size_t done, size_t planned) { bar.update(done, planned); };
