@@ -6,7 +6,7 @@
 # slower).
 #
 #   bench/compare_delays.sh [BUILD_DIR]        (default: build)
-#   SECONDS_PER_RUN=5 ROUNDS=7 bench/compare_delays.sh
+#   SECONDS_PER_RUN=30 ROUNDS=7 (the defaults) bench/compare_delays.sh
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -15,7 +15,7 @@ vsthost=$build/tools/vsthost/vsthost
 tapdelay=$build/TapDelay/TapDelay.so
 lsp=/usr/lib/vst/lsp-plugins/slap-delay-stereo.so
 zam=/usr/lib/vst/ZamDelay-vst.so
-seconds=${SECONDS_PER_RUN:-5}
+seconds=${SECONDS_PER_RUN:-30}
 rounds=${ROUNDS:-7}
 
 for file in "$vsthost" "$tapdelay"; do

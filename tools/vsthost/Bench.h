@@ -18,7 +18,7 @@ struct BenchSide {
 };
 
 struct BenchOptions {
-    double seconds = 5.0;  // audio per run
+    double seconds = 10.0;  // audio per run
     int rounds = 7;
     uint32_t seed = 1;
 };

@@ -44,7 +44,7 @@ int runBench(const Args& args) {
     const Args first(args.begin(), vs);
     ArgParser parser;
     addSideOptions(parser);
-    parser.option("seconds", 's', "S", "seconds of audio per run (default 5)")
+    parser.option("seconds", 's', "S", "seconds of audio per run (default 10)")
         .option("rounds", 'n', "N", "runs per plug-in (default 7)")
         .option("seed", 0, "N", "seed of the noise input (default 1)");
     ParsedArgs parsed;
@@ -56,7 +56,7 @@ int runBench(const Args& args) {
                           parsed))
         return 0;
     BenchOptions options;
-    options.seconds = parseDoubleArg(parsed.get("seconds", "5"), "--seconds", 0.01, 3600);
+    options.seconds = parseDoubleArg(parsed.get("seconds", "10"), "--seconds", 0.01, 3600);
     options.rounds = parseIntArg(parsed.get("rounds", "7"), "--rounds", 1, 1000);
     options.seed = (uint32_t)parseIntArg(parsed.get("seed", "1"), "--seed", 0, 0x7fffffff);
     const BenchSide a = sideFrom(parsed, nullptr);
