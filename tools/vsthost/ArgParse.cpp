@@ -18,10 +18,10 @@ std::vector<std::string> ParsedArgs::all(const std::string& name) const {
     return it == values.end() ? std::vector<std::string>() : it->second;
 }
 
-ArgParser& ArgParser::add(Spec spec) {
-    if (findLong(spec.name) || (spec.shortName && findShort(spec.shortName)))
-        throw std::logic_error("option defined twice: " + spec.name);
-    specs_.push_back(std::move(spec));
+ArgParser& ArgParser::add(Option option) {
+    if (findLong(option.name) || (option.shortName && findShort(option.shortName)))
+        throw std::logic_error("option defined twice: " + option.name);
+    options_.push_back(std::move(option));
     return *this;
 }
 
@@ -39,15 +39,15 @@ ArgParser& ArgParser::list(const std::string& name, char shortName,
     return add({name, shortName, valueName, help, true});
 }
 
-const ArgParser::Spec* ArgParser::findLong(const std::string& name) const {
-    for (const Spec& s : specs_)
+const ArgParser::Option* ArgParser::findLong(const std::string& name) const {
+    for (const Option& s : options_)
         if (s.name == name)
             return &s;
     return nullptr;
 }
 
-const ArgParser::Spec* ArgParser::findShort(char name) const {
-    for (const Spec& s : specs_)
+const ArgParser::Option* ArgParser::findShort(char name) const {
+    for (const Option& s : options_)
         if (s.shortName == name)
             return &s;
     return nullptr;
@@ -69,7 +69,7 @@ ParsedArgs ArgParser::parse(const std::vector<std::string>& args) const {
             optionsEnded = true;
             continue;
         }
-        const Spec* spec = nullptr;
+        const Option* option = nullptr;
         std::string inlineValue;
         bool hasInlineValue = false;
         if (arg.compare(0, 2, "--") == 0) {
@@ -80,22 +80,22 @@ ParsedArgs ArgParser::parse(const std::vector<std::string>& args) const {
                 hasInlineValue = true;
                 name = name.substr(0, eq);
             }
-            spec = findLong(name);
+            option = findLong(name);
         } else {
-            spec = findShort(arg[1]);
+            option = findShort(arg[1]);
             if (arg.size() > 2) {
                 inlineValue = arg.substr(2);
                 hasInlineValue = true;
             }
         }
-        if (!spec)
+        if (!option)
             throw ArgError("unknown option " + arg);
-        std::vector<std::string>& slot = parsed.values[spec->name];
-        if (!slot.empty() && !spec->repeatable)
-            throw ArgError("--" + spec->name + " given twice");
-        if (spec->valueName.empty()) {
+        std::vector<std::string>& slot = parsed.values[option->name];
+        if (!slot.empty() && !option->repeatable)
+            throw ArgError("--" + option->name + " given twice");
+        if (option->valueName.empty()) {
             if (hasInlineValue)
-                throw ArgError("--" + spec->name + " takes no value");
+                throw ArgError("--" + option->name + " takes no value");
             slot.push_back("");
             continue;
         }
@@ -104,7 +104,7 @@ ParsedArgs ArgParser::parse(const std::vector<std::string>& args) const {
         } else if (i + 1 < args.size()) {
             slot.push_back(args[++i]);
         } else {
-            throw ArgError("--" + spec->name + " needs a value (" + spec->valueName + ")");
+            throw ArgError("--" + option->name + " needs a value (" + option->valueName + ")");
         }
     }
     return parsed;
@@ -112,7 +112,7 @@ ParsedArgs ArgParser::parse(const std::vector<std::string>& args) const {
 
 std::string ArgParser::help() const {
     std::ostringstream out;
-    for (const Spec& s : specs_) {
+    for (const Option& s : options_) {
         std::string left = "  ";
         left += s.shortName ? std::string("-") + s.shortName + ", " : "    ";
         left += "--" + s.name;

@@ -40,17 +40,17 @@ public:
     std::string help() const;
 
 private:
-    struct Spec {
+    struct Option {
         std::string name;
         char shortName;
         std::string valueName;  // empty for flags
         std::string help;
         bool repeatable;
     };
-    ArgParser& add(Spec spec);
-    const Spec* findLong(const std::string& name) const;
-    const Spec* findShort(char name) const;
-    std::vector<Spec> specs_;
+    ArgParser& add(Option option);
+    const Option* findLong(const std::string& name) const;
+    const Option* findShort(char name) const;
+    std::vector<Option> options_;
 };
 
 // Number conversions that name the option in their errors.
