@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Sets up a fresh machine, builds and installs TapDelay, then runs the main
-# job: the command-line host's demo renders (or, until the host is built, the
-# plug-in's identity, programs and parameters).
+# Sets up a fresh machine, builds and installs TapDelay to ~/.vst/TapDelay/,
+# then runs the main job: the command-line host renders a synthesised phrase
+# through several factory presets of the installed plug-in and writes WAV
+# files and pictures (extra arguments go to `vsthost demo`, e.g. --out DIR).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -11,8 +12,4 @@ cmake --build build -j"$(nproc)"
 cmake --install build >/dev/null
 echo "installed to $HOME/.vst/TapDelay/"
 
-if [ -x build/tools/vsthost/vsthost ]; then
-  build/tools/vsthost/vsthost demo "$@"
-else
-  build/tools/plugin_info/plugin_info "$HOME/.vst/TapDelay/TapDelay.so"
-fi
+build/tools/vsthost/vsthost demo --plugin "$HOME/.vst/TapDelay/TapDelay.so" "$@"
