@@ -1,0 +1,91 @@
+// The base classes' own answers: text formatting and the host-callback
+// wrappers with and without a host.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "tests/support/EffectUnderTest.h"
+
+namespace {
+
+VstIntPtr g_answer = 0;
+VstInt32 g_lastOpcode = -1;
+VstIntPtr g_lastValue = 0;
+
+VstIntPtr AnsweringHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr value, void*, float) {
+    g_lastOpcode = opcode;
+    g_lastValue = value;
+    return g_answer;
+}
+
+}  // namespace
+
+TEST(BaseClasses, TextFormatting) {
+    IsolatedPreferences preferences;
+    ATapDelay effect(nullptr);
+    char text[64];
+    auto format = [&](auto call) {
+        std::memset(text, '#', sizeof text);
+        call();
+        return std::string(text);
+    };
+    EXPECT_EQ(format([&] { effect.dB2string(0.0f, text, 8); }), "-oo");
+    EXPECT_EQ(format([&] { effect.dB2string(-1.0f, text, 2); }), "-o");
+    EXPECT_EQ(format([&] { effect.dB2string(1.0f, text, 8); }), "0.000000");
+    EXPECT_EQ(format([&] { effect.dB2string(10.0f, text, 8); }), "20.00000");
+    EXPECT_EQ(format([&] { effect.int2string(-12, text, 8); }), "-12");
+    EXPECT_EQ(format([&] { effect.int2string(123456789, text, 8); }), "Huge!");
+    EXPECT_EQ(format([&] { effect.float2string(1e12f, text, 8); }), "Huge!");
+    EXPECT_EQ(format([&] { effect.float2string(-0.5f, text, 8); }), "-0.50000");
+    EXPECT_EQ(format([&] { effect.Hz2string(0.0f, text, 8); }), "0.000000");
+    EXPECT_EQ(format([&] { effect.Hz2string(441.0f, text, 8); }), "100.0000");
+    EXPECT_EQ(format([&] { effect.ms2string(44100.0f, text, 8); }), "1000.000");
+}
+
+TEST(BaseClasses, WrappersWithoutAHost) {
+    IsolatedPreferences preferences;
+    ATapDelay effect(nullptr);
+    EXPECT_EQ(effect.getMasterVersion(), 1);
+    EXPECT_TRUE(effect.isInputConnected(0));
+    EXPECT_TRUE(effect.isOutputConnected(1));
+    EXPECT_EQ(effect.getTimeInfo(0), nullptr);
+    EXPECT_EQ(effect.tempoAt(0), 0);
+    EXPECT_FALSE(effect.updateDisplay());
+    EXPECT_EQ(effect.getDirectory(), nullptr);
+    effect.open();  // no host, no directory: still opens
+    effect.setParameterFromDiaplay(3, 100.0f);
+    EXPECT_EQ(effect.getParameter(3), 100.0f / 4000.0f);
+}
+
+TEST(BaseClasses, WrappersAskTheHost) {
+    IsolatedPreferences preferences;
+    ATapDelay effect(&AnsweringHost);
+    g_answer = 0;
+    EXPECT_EQ(effect.getMasterVersion(), 1);  // a host answering 0 counts as version 1
+    EXPECT_TRUE(effect.isInputConnected(3));
+    EXPECT_EQ(g_lastOpcode, audioMasterPinConnected);
+    EXPECT_EQ(g_lastValue, 0);
+    EXPECT_TRUE(effect.isOutputConnected(3));
+    EXPECT_EQ(g_lastValue, 1);
+    g_answer = 1;
+    EXPECT_FALSE(effect.isInputConnected(0));
+    g_answer = 2400;
+    EXPECT_EQ(effect.getMasterVersion(), 2400);
+    g_answer = 96000;
+    EXPECT_EQ(effect.updateSampleRate(), 96000.0);
+    EXPECT_EQ(effect.getSampleRate(), 96000.0f);
+    g_answer = -5;
+    EXPECT_EQ(effect.updateBlockSize(), 1024);  // non-positive answers are not stored
+    g_answer = 1200000;
+    EXPECT_EQ(effect.tempoAt(0), 1200000);
+    EXPECT_EQ(g_lastOpcode, audioMasterTempoAt);
+    char canDo[] = "sendVstTimeInfo";
+    g_answer = 1;
+    EXPECT_EQ(effect.canHostDo(canDo), 1);
+    g_answer = 0;
+    EXPECT_EQ(effect.canHostDo(canDo), 0);
+    effect.setParameterAutomated(59, 0.25f);
+    EXPECT_EQ(g_lastOpcode, audioMasterAutomate);
+    EXPECT_EQ(effect.getParameter(59), 0.25f);
+}
