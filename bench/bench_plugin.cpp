@@ -3,7 +3,10 @@
 // 48 kHz, 512-frame blocks, through the single-precision callback; then the
 // same with the filters off, and the double-precision callback.
 //
-//   bench_plugin [seconds-of-audio-per-run]      (default 60)
+//   bench_plugin [seconds-of-audio-per-run [setting [runs]]]   (default 60 s, all, 5)
+//
+// For instruction counts:  valgrind --tool=callgrind
+//   --toggle-collect='*processReplacing*' bench_plugin 2 0 1
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -92,16 +95,20 @@ double Run(const Setting& setting, double seconds) {
 
 int main(int argc, char** argv) {
     double seconds = argc > 1 ? std::atof(argv[1]) : 60.0;
+    int only = argc > 2 ? std::atoi(argv[2]) : -1;
+    int runs = argc > 3 ? std::max(1, std::atoi(argv[3])) : 5;
     const Setting settings[] = {
         {"six taps, six filters, feedback 50 % (float)", true, false},
         {"six taps, filters off, feedback 50 % (float)", false, false},
         {"six taps, six filters, feedback 50 % (double)", true, true},
     };
-    std::printf("TapDelay.so at %d Hz, %d-frame blocks, %.0f s of audio per run, best of 5\n",
-                kRate, kBlock, seconds);
-    for (const Setting& setting : settings) {
+    std::printf("TapDelay.so at %d Hz, %d-frame blocks, %.0f s of audio per run, best of %d\n",
+                kRate, kBlock, seconds, runs);
+    for (int index = 0; index < 3; index++) {
+        if (only >= 0 && index != only) continue;
+        const Setting& setting = settings[index];
         double best = 1e9;
-        for (int run = 0; run < 5; run++) best = std::min(best, Run(setting, seconds));
+        for (int run = 0; run < runs; run++) best = std::min(best, Run(setting, seconds));
         std::printf("  %-48s %8.1f x realtime  %6.2f ns/frame\n", setting.name,
                     1.0 / (best * kRate), best * 1e9);
     }
