@@ -1,180 +1,97 @@
-// One delay tap: line length, feedback, pass-through, filter placement, the
-// pan matrix, block handling, and bit-for-bit agreement of the optimised tap
-// (alone and side by side) with a plain per-sample reference over long
-// random parameter sequences.
+// One delay tap: line length, feedback, pass-through, the pan matrix, and
+// bit-for-bit agreement of the optimised tap (alone and side by side) with a
+// plain per-sample reference over long random settings, which also pins the
+// filter's place: after the line, outside the feedback loop.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <atomic>
-#include <cmath>
-#include <cstring>
 #include <memory>
-#include <random>
 #include <thread>
-#include <vector>
 
 #include "dsp/DelayMain.h"
+#include "tests/BiquadReference.h"
 
 namespace {
 
-// ---------------------------------------------------------------------------
-// Reference: the documented arithmetic, one sample at a time, both lines and
-// both filters kept and run separately, the filter fed from scratch copies.
-
-struct RefBiquad {
-    double a0 = 1, a1 = 0, a2 = 0, b0 = 1, b1 = 0, b2 = 0;
-    double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
-
-    static double Flush(double y) { return (y != 0.0 && std::fabs(y) < 1.0 / 1048576.0) ? 0.0 : y; }
-
-    void Design(double rate, double freq, double gainDb, double q, int type) {
-        const double A = std::pow(10.0, gainDb / 40.0);
-        const double f = std::min(0.5 * rate * 0.95, freq);
-        const double w = f / rate * 6.283185307;
-        const double sn = std::sin(w), cs = std::cos(w), beta = std::sqrt(A / q);
-        double na0 = a0, na1 = a1, na2 = a2, nb0 = b0, nb1 = b1, nb2 = b2;
-        if (type == 0) {
-            nb0 = A * ((A + 1) - (A - 1) * cs + beta * sn);
-            nb1 = 2 * A * ((A - 1) - (A + 1) * cs);
-            nb2 = A * ((A + 1) - (A - 1) * cs - beta * sn);
-            na0 = (A + 1) + (A - 1) * cs + beta * sn;
-            na1 = -2 * ((A - 1) + (A + 1) * cs);
-            na2 = (A + 1) + (A - 1) * cs - beta * sn;
-        } else if (type == 1) {
-            const double alpha = sn / (2 * q);
-            nb0 = 1 + A * alpha;
-            nb1 = -2 * cs;
-            nb2 = 1 - A * alpha;
-            na0 = 1 + alpha / A;
-            na1 = -2 * cs;
-            na2 = 1 - alpha / A;
-        } else if (type == 2) {
-            nb0 = A * ((A + 1) + (A - 1) * cs + beta * sn);
-            nb1 = -2 * A * ((A - 1) + (A + 1) * cs);
-            nb2 = A * ((A + 1) + (A - 1) * cs - beta * sn);
-            na0 = (A + 1) - (A - 1) * cs + beta * sn;
-            na1 = 2 * ((A - 1) - (A + 1) * cs);
-            na2 = (A + 1) - (A - 1) * cs - beta * sn;
-        }
-        a0 = na0;
-        a1 = na1 / na0;
-        a2 = na2 / na0;
-        b0 = nb0 / na0;
-        b1 = nb1 / na0;
-        b2 = nb2 / na0;
-    }
-
-    // First two samples from the stored history, then the block itself.
-    void Operate(const double* in, double* out, int n) {
-        if (n <= 0)
-            return;
-        if (n == 1) {
-            out[0] = Flush(b0 * in[0] + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2);
-            x2 = x1;
-            x1 = in[0];
-            y2 = y1;
-            y1 = out[0];
-            return;
-        }
-        out[0] = Flush(b0 * in[0] + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2);
-        out[1] = Flush(b0 * in[1] + b1 * in[0] + b2 * x1 - a1 * out[0] - a2 * y1);
-        for (int i = 2; i < n; ++i)
-            out[i] = Flush(b0 * in[i] + b1 * in[i - 1] + b2 * in[i - 2] - a1 * out[i - 1] - a2 * out[i - 2]);
-        x1 = in[n - 1];
-        x2 = in[n - 2];
-        y1 = out[n - 1];
-        y2 = out[n - 2];
-    }
-};
-
-struct RefTap {
-    int writeIndex = 0, length = 1;
-    double ll = 1, lr = 0, rl = 0, rr = 1;
-    float gain = 0.5f, pan = 0.5f, delayTime = 0.1f, feedback = 0.2f;
-    long long rate = 44100;
-    float freq = 1000, type = 0, filterOn = 0, filterGain = 0, q = 1, feedbackOn = 0;
-    std::vector<double> lineL, lineR;
-    RefBiquad filterL, filterR;
-
+// The tap's arithmetic one sample at a time, with the same setters as
+// DelayMain: both lines and both filters kept and run separately.
+class RefTap {
+public:
     RefTap() {
         MakePan();
         Prepare();
-        InitFilter();
+        Design();
     }
-    static double Panpot(float x) { return x < 0.5 ? 1.0 : 1.0 + (x - 0.5) * (-2.0); }
-    void MakePan() {
-        const double pl = Panpot(pan), pr = Panpot(1.0f - pan);
-        ll = pl;
-        lr = 1.0 - pr;
-        rl = 1.0 - pl;
-        rr = pr;
-    }
-    void Prepare() {
-        writeIndex = 0;
-        const float product = float(rate) * delayTime;
-        length = int(double(product) / 1000.0);
-        if (length < 1)
-            length = 1;
-        lineL.assign(length, 0.0);
-        lineR.assign(length, 0.0);
-    }
-    void InitFilter() {
-        filterL.Design(double(rate), freq, filterGain, q, int(type));
-        filterR.Design(double(rate), freq, filterGain, q, int(type));
-    }
+    void SetDelatTime(float ms) { m_time = ms; Prepare(); }
+    void SetFs(long long hz) { m_rate = hz; Prepare(); Design(); }
+    void SetGain(float gain) { m_gain = gain; }
+    void SetPan(float pan) { m_pan = pan; MakePan(); }
+    void SetFeedBack(float amount) { m_feedback = amount; }
+    void SetFeedBackOn(float on) { m_feedbackOn = on; }
+    void SetFilterFreq(float hz) { m_freq = hz; Design(); }
+    void SetFilterType(float type) { m_type = type; Design(); }
+    void SetFilterGain(float db) { m_filterGain = db; Design(); }
+    void SetFilterQ(float q) { m_q = q; Design(); }
+    void SetFilterActive(float on) { m_filterOn = on; }
+    void SetBloackSize(int) {}
+
     void Process(const double* in, double* outL, double* outR, int n) {
-        if (n <= 0)
-            return;
-        const double fb = feedbackOn != 0.0f ? double(feedback) : 0.0;
+        const double fb = m_feedbackOn != 0.0f ? double(m_feedback) : 0.0, g = m_gain;
         for (int i = 0; i < n; ++i) {
             const double x = in[i];
-            if (delayTime != 0.0f) {
-                const int p = writeIndex;
-                const double yL = lineL[p];
-                lineL[p] = x + fb * yL;
-                outL[i] = yL;
-                const double yR = lineR[p];
-                lineR[p] = fb * yR + x;
-                outR[i] = yR;
-                writeIndex = p + 1 < length ? p + 1 : 0;
-            } else {
-                outL[i] = x;
-                outR[i] = x;
+            double L = x, R = x;
+            if (m_time != 0.0f) {
+                L = m_lineL[m_write];
+                m_lineL[m_write] = x + fb * L;
+                R = m_lineR[m_write];
+                m_lineR[m_write] = fb * R + x;
+                m_write = m_write + 1 < int(m_lineL.size()) ? m_write + 1 : 0;
             }
+            if (m_filterOn != 0.0f) {
+                L = m_filterL.Step(L);
+                R = m_filterR.Step(R);
+            }
+            outL[i] = (L * m_ll + R * m_lr) * g;
+            outR[i] = (R * m_rr + outL[i] * m_rl) * g;  // the panned left sample: g twice
         }
-        if (filterOn != 0.0f) {
-            std::vector<double> scratchL(outL, outL + n), scratchR(outR, outR + n);
-            filterL.Operate(scratchL.data(), outL, n);
-            filterR.Operate(scratchR.data(), outR, n);
-        }
-        const double g = gain;
-        for (int i = 0; i < n; ++i) {
-            const double L = outL[i], R = outR[i];
-            const double panned = (L * ll + R * lr) * g;
-            outL[i] = panned;
-            outR[i] = (R * rr + panned * rl) * g;
-        }
+    }
+
+private:
+    int m_write = 0;
+    double m_ll = 1, m_lr = 0, m_rl = 0, m_rr = 1;
+    float m_gain = 0.5f, m_pan = 0.5f, m_time = 0.1f, m_feedback = 0.2f, m_feedbackOn = 0;
+    float m_freq = 1000, m_type = 0, m_filterOn = 0, m_filterGain = 0, m_q = 1;
+    long long m_rate = 44100;
+    std::vector<double> m_lineL, m_lineR;
+    RefBiquad m_filterL{}, m_filterR{};
+
+    static double Panpot(float x) { return x < 0.5 ? 1.0 : 1.0 + (x - 0.5) * (-2.0); }
+    void MakePan() {
+        const double pl = Panpot(m_pan), pr = Panpot(1.0f - m_pan);
+        m_ll = pl;
+        m_lr = 1.0 - pr;
+        m_rl = 1.0 - pl;
+        m_rr = pr;
+    }
+    void Prepare() {
+        m_write = 0;
+        const int length = int(double(float(m_rate) * m_time) / 1000.0);
+        m_lineL.assign(std::max(length, 1), 0.0);
+        m_lineR = m_lineL;
+    }
+    void Design() {
+        m_filterL.k = m_filterR.k = CookbookDesign<double>(double(m_rate), m_freq, m_filterGain, m_q, int(m_type));
     }
 };
 
-// ---------------------------------------------------------------------------
-
-bool SameBits(const std::vector<double>& a, const std::vector<double>& b, size_t* where) {
-    for (size_t i = 0; i < a.size(); ++i)
-        if (std::memcmp(&a[i], &b[i], sizeof(double)) != 0) {
-            *where = i;
-            return false;
-        }
-    return true;
-}
-
-// Runs one tap on a block and returns its left and right outputs.
 struct TapOutput {
     std::vector<double> left, right;
 };
+
 TapOutput Process(DelayMain& tap, std::vector<double> in) {
     TapOutput r{std::vector<double>(in.size(), -7.0), std::vector<double>(in.size(), -7.0)};
-    double* inputs[2] = {in.data(), nullptr};
+    double* inputs[1] = {in.data()};
     double* outputs[2] = {r.left.data(), r.right.data()};
     tap.Process(inputs, outputs, int(in.size()));
     return r;
@@ -186,7 +103,7 @@ std::vector<double> Impulse(int n, double height = 1.0) {
     return v;
 }
 
-// The delay seen from outside: where the impulse comes out.
+// Where an impulse comes out: the delay seen from outside.
 int EchoPosition(DelayMain& tap, int n) {
     const TapOutput r = Process(tap, Impulse(n));
     for (int i = 0; i < n; ++i)
@@ -195,12 +112,33 @@ int EchoPosition(DelayMain& tap, int n) {
     return -1;
 }
 
-DelayMain* UnityTap(DelayMain& tap) {
+// Gain 1, centred, blocks of any length in one piece.
+void Unity(DelayMain& tap, long long rate, float ms, float feedback = 0, float feedbackOn = 0) {
     tap.SetGain(1.0f);
-    tap.SetPan(0.5f);
     tap.SetBloackSize(1 << 14);
-    return &tap;
+    tap.SetFs(rate);
+    tap.SetDelatTime(ms);
+    tap.SetFeedBack(feedback);
+    tap.SetFeedBackOn(feedbackOn);
 }
+
+// Left and right outputs of `taps` taps, filled with a marker that a call
+// with no samples must leave.
+struct TapOutputs {
+    std::vector<std::array<std::vector<double>, 2>> data;
+    std::vector<std::array<double*, 2>> pair;
+    std::vector<double**> pairs;
+
+    TapOutputs(int taps, int n) : data(taps), pair(taps), pairs(taps) {
+        for (int k = 0; k < taps; ++k) {
+            for (int c = 0; c < 2; ++c) {
+                data[k][c].assign(std::max(n, 1), -9.0);
+                pair[k][c] = data[k][c].data();
+            }
+            pairs[k] = pair[k].data();
+        }
+    }
+};
 
 }  // namespace
 
@@ -211,241 +149,92 @@ TEST(DelayLine, LengthIsRateTimesTimeInWholeSamples) {
         int samples;
     };
     const Case cases[] = {
-        {44100, 10.0f, 441},  {48000, 10.0f, 480},  {44100, 0.1f, 4},       {48000, 0.1f, 4},
-        {96000, 1.0f, 96},    {44100, 0.02f, 1},    {44100, 0.0001f, 1},    {48000, 123.4f, 5923},
-        {44100, -5.0f, 1},    {44100, 50.839f, 2242},  // single-precision product rounds up to 2242000
-        {48000, 250.0f, 12000},
+        {44100, 10.0f, 441}, {48000, 10.0f, 480},     {44100, 0.1f, 4},      {48000, 0.1f, 4},
+        {96000, 1.0f, 96},   {44100, 0.02f, 1},       {44100, 0.0001f, 1},   {48000, 123.4f, 5923},
+        {44100, -5.0f, 1},   {48000, 250.0f, 12000},
+        {44100, 50.839f, 2242},  // the single-precision product rounds up to 2242000
     };
     for (const Case& c : cases) {
         DelayMain tap;
-        UnityTap(tap);
-        tap.SetFs(c.rate);
-        tap.SetDelatTime(c.ms);
+        Unity(tap, c.rate, c.ms);
         EXPECT_EQ(EchoPosition(tap, c.samples + 10), c.samples) << c.rate << " Hz, " << c.ms << " ms";
     }
-}
-
-TEST(DelayLine, DefaultIsFourSamplesAt44100) {
-    DelayMain tap;
-    UnityTap(tap);
-    EXPECT_EQ(EchoPosition(tap, 16), 4);
+    DelayMain fresh;  // 0.1 ms at 44100 Hz; block sizes of 0 or below are ignored
+    fresh.SetGain(1.0f);
+    fresh.SetBloackSize(0);
+    fresh.SetBloackSize(-100);
+    EXPECT_EQ(EchoPosition(fresh, 1000), 4);
 }
 
 TEST(DelayLine, ZeroTimePassesStraightThrough) {
     DelayMain tap;
-    UnityTap(tap);
-    tap.SetFeedBackOn(1.0f);
-    tap.SetFeedBack(0.9f);
-    tap.SetDelatTime(0.0f);
-    std::vector<double> in = {0.5, -0.25, 1.0, 0.0, 3.0};
-    const TapOutput r = Process(tap, in);
-    EXPECT_EQ(r.left, in);
-    EXPECT_EQ(r.right, in);
-    EXPECT_EQ(Process(tap, in).left, in);  // no feedback builds up
-}
-
-TEST(DelayLine, FullFeedbackRecirculatesWithoutDecay) {
-    DelayMain tap;
-    UnityTap(tap);
-    tap.SetFs(48000);
-    tap.SetDelatTime(1.0f);  // 48 samples
-    tap.SetFeedBack(1.0f);
-    tap.SetFeedBackOn(1.0f);
-    const TapOutput r = Process(tap, Impulse(48 * 200 + 1, 0.75));
-    for (int i = 0; i < int(r.left.size()); ++i) {
-        const double expected = (i % 48 == 0 && i > 0) ? 0.75 : 0.0;
-        ASSERT_EQ(r.left[i], expected) << i;
-        ASSERT_EQ(r.right[i], expected) << i;
+    Unity(tap, 44100, 0.0f, 0.9f, 1.0f);
+    const std::vector<double> in = {0.5, -0.25, 1.0, 0.0, 3.0};
+    for (int block = 0; block < 2; ++block) {  // and no feedback builds up
+        const TapOutput r = Process(tap, in);
+        EXPECT_EQ(r.left, in);
+        EXPECT_EQ(r.right, in);
     }
 }
 
-TEST(DelayLine, FeedbackSwitchedOffIgnoresTheStoredAmount) {
-    DelayMain tap;
-    UnityTap(tap);
-    tap.SetFs(48000);
-    tap.SetDelatTime(1.0f);
-    tap.SetFeedBack(0.8f);
-    tap.SetFeedBackOn(0.0f);
-    const TapOutput r = Process(tap, Impulse(48 * 5));
-    for (int i = 0; i < int(r.left.size()); ++i)
-        ASSERT_EQ(r.left[i], i == 48 ? 1.0 : 0.0) << i;
-
-    // Any non-zero switch value, a half included, turns it on.
-    DelayMain half;
-    UnityTap(half);
-    half.SetFs(48000);
-    half.SetDelatTime(1.0f);
-    half.SetFeedBack(0.5f);
-    half.SetFeedBackOn(0.5f);
-    const TapOutput h = Process(half, Impulse(48 * 4));
-    EXPECT_EQ(h.left[48], 1.0);
-    EXPECT_EQ(h.left[96], 0.5);
-    EXPECT_EQ(h.left[144], 0.25);
+TEST(DelayLine, FeedbackRecirculatesOnlyWhenSwitchedOn) {
+    // Full feedback never decays; any non-zero switch value is on; switched
+    // off, the stored amount is ignored.
+    const float cases[][2] = {{1.0f, 1.0f}, {0.5f, 0.5f}, {0.8f, 0.0f}};  // amount, switch
+    for (const auto& c : cases) {
+        DelayMain tap;
+        Unity(tap, 48000, 1.0f, c[0], c[1]);  // 48 samples
+        const double fb = c[1] != 0.0f ? c[0] : 0.0;
+        const TapOutput r = Process(tap, Impulse(48 * 200 + 1, 0.75));
+        for (int i = 0; i < int(r.left.size()); ++i) {
+            const double expected = i > 0 && i % 48 == 0 ? 0.75 * std::pow(fb, i / 48 - 1) : 0.0;
+            ASSERT_EQ(r.left[i], expected) << c[0] << " " << c[1] << " sample " << i;
+            ASSERT_EQ(r.right[i], expected) << c[0] << " " << c[1] << " sample " << i;
+        }
+    }
 }
 
 TEST(DelayLine, ChangingTheTimeOrRateClearsTheLine) {
     DelayMain tap;
-    UnityTap(tap);
-    tap.SetFs(48000);
-    tap.SetDelatTime(1.0f);
-    tap.SetFeedBackOn(1.0f);
-    tap.SetFeedBack(1.0f);
+    Unity(tap, 48000, 1.0f, 1.0f, 1.0f);
+    const std::vector<double> silence(200, 0.0);
     Process(tap, Impulse(30));
-    tap.SetDelatTime(1.0f);  // same time still restarts from silence
-    TapOutput r = Process(tap, std::vector<double>(200, 0.0));
-    EXPECT_TRUE(std::all_of(r.left.begin(), r.left.end(), [](double v) { return v == 0.0; }));
-
+    tap.SetDelatTime(1.0f);  // the same time still restarts from silence
+    EXPECT_EQ(Process(tap, silence).left, silence);
     Process(tap, Impulse(30));
     tap.SetFs(48000);
-    r = Process(tap, std::vector<double>(200, 0.0));
-    EXPECT_TRUE(std::all_of(r.left.begin(), r.left.end(), [](double v) { return v == 0.0; }));
+    EXPECT_EQ(Process(tap, silence).left, silence);
 
     tap.SetFs(0);  // ignored: the line keeps running at 48000
     tap.SetFs(-44100);
     EXPECT_EQ(EchoPosition(tap, 60), 48);
 }
 
-TEST(DelayPan, MatrixCasesAtUnityGain) {
+TEST(DelayPan, MatrixCases) {
+    // Both lines carry the delayed y. At gain 1: pan .5 -> L'=L, R'=R;
+    // 0 -> L'=L+R, R'=0; 1 -> L'=0, R'=R; .25 -> L'=L+.5R, R'=.5R. At pan .75
+    // (left level .5, right-from-left .5) and gain .5 the cross term carries
+    // the gain twice: L' = .5 y g, R' = (y + .5 L') g.
     struct Case {
-        float pan;
-        double left, right;  // output per unit of delayed signal on each line
+        float pan, gain;
+        double left, right;  // per unit of delayed signal
     };
-    // With both lines carrying y: pan .5 -> L'=L, R'=R; 0 -> L'=L+R, R'=0;
-    // 1 -> L'=0, R'=R; .25 -> L'=L+.5R, R'=.5R.
-    const Case cases[] = {{0.5f, 1.0, 1.0}, {0.0f, 2.0, 0.0}, {1.0f, 0.0, 1.0}, {0.25f, 1.5, 0.5}};
+    const Case cases[] = {
+        {0.5f, 1, 1.0, 1.0},  {0.0f, 1, 2.0, 0.0},           {1.0f, 1, 0.0, 1.0},
+        {0.25f, 1, 1.5, 0.5}, {0.75f, 0.5f, 0.25, 0.5625},
+    };
     for (const Case& c : cases) {
         DelayMain tap;
-        UnityTap(tap);
         tap.SetPan(c.pan);
+        tap.SetGain(c.gain);
         const TapOutput r = Process(tap, Impulse(8, 0.5));
         EXPECT_EQ(r.left[4], 0.5 * c.left) << c.pan;
         EXPECT_EQ(r.right[4], 0.5 * c.right) << c.pan;
     }
-}
-
-TEST(DelayPan, RightCrossTermCarriesTheGainTwice) {
-    // Pan .75: left level .5, right level 1, right-from-left .5.
-    // L' = .5 y g; R' = (y + L' .5) g = (y + .25 y g) g.
     DelayMain tap;
-    UnityTap(tap);
-    tap.SetPan(0.75f);
-    tap.SetGain(0.5f);
-    const TapOutput r = Process(tap, Impulse(8, 1.0));
-    EXPECT_EQ(r.left[4], 0.25);
-    EXPECT_EQ(r.right[4], 0.5625);
-    EXPECT_EQ(DelayMain::GetWavePanpot(0.25f), 1.0);
-    EXPECT_EQ(DelayMain::GetWavePanpot(0.5f), 1.0);
-    EXPECT_EQ(DelayMain::GetWavePanpot(0.75f), 0.5);
-    EXPECT_EQ(DelayMain::GetWavePanpot(1.0f), 0.0);
-}
-
-TEST(DelayPan, NotANumberPanGivesNotANumber) {
-    DelayMain tap;
-    UnityTap(tap);
     tap.SetPan(NAN);
-    const TapOutput r = Process(tap, Impulse(8, 1.0));
-    EXPECT_TRUE(std::isnan(r.left[4]));
-    EXPECT_TRUE(std::isnan(r.right[4]));
-}
-
-TEST(DelayFilter, StandsAfterTheLineAndOutsideTheLoop) {
-    // Each echo of an impulse is the filter's answer to that echo alone:
-    // echo k has height fb^k, so the outputs are fb^k times one filtered
-    // impulse (up to the flush), not a response filtered k times.
-    DelayMain tap;
-    UnityTap(tap);
-    tap.SetFs(48000);
-    tap.SetDelatTime(10.0f);  // 480 samples, far longer than the filter rings
-    tap.SetFeedBackOn(1.0f);
-    tap.SetFeedBack(0.5f);
-    tap.SetFilterType(2.0f);
-    tap.SetFilterFreq(3000.0f);
-    tap.SetFilterGain(-12.0f);
-    tap.SetFilterQ(0.7f);
-    tap.SetFilterActive(1.0f);
-    const TapOutput r = Process(tap, Impulse(480 * 4));
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_NEAR(r.left[960 + i], 0.5 * r.left[480 + i], 1e-12) << i;
-        EXPECT_NEAR(r.left[1440 + i], 0.25 * r.left[480 + i], 1e-12) << i;
-    }
-    EXPECT_NE(r.left[481], 0.0);  // the filter did act
-    EXPECT_EQ(r.left, r.right);
-}
-
-TEST(DelayFilter, FilterChangesKeepHistory) {
-    std::vector<double> in(600);
-    std::mt19937 rng(5);
-    std::uniform_real_distribution<double> d(-1, 1);
-    for (double& x : in)
-        x = d(rng);
-    DelayMain tap;
-    RefTap ref;
-    UnityTap(tap);
-    ref.gain = 1.0f;
-    tap.SetFilterActive(1.0f);
-    ref.filterOn = 1.0f;
-    TapOutput first = Process(tap, std::vector<double>(in.begin(), in.begin() + 300));
-    tap.SetFilterFreq(5000.0f);
-    tap.SetFilterGain(9.0f);
-    TapOutput second = Process(tap, std::vector<double>(in.begin() + 300, in.end()));
-
-    std::vector<double> L(600), R(600);
-    ref.Process(in.data(), L.data(), R.data(), 300);
-    ref.freq = 5000.0f;
-    ref.filterGain = 9.0f;
-    ref.InitFilter();
-    ref.Process(in.data() + 300, L.data() + 300, R.data() + 300, 300);
-    first.left.insert(first.left.end(), second.left.begin(), second.left.end());
-    size_t where = 0;
-    EXPECT_TRUE(SameBits(L, first.left, &where)) << where;
-}
-
-TEST(DelayBlocks, AnyBlockSizeGivesTheSameStream) {
-    std::vector<double> in(3000);
-    std::mt19937 rng(9);
-    std::uniform_real_distribution<double> d(-1, 1);
-    for (double& x : in)
-        x = d(rng);
-    auto configure = [](DelayMain& tap) {
-        tap.SetFs(48000);
-        tap.SetDelatTime(0.05f);  // 2 samples: shorter than most blocks
-        tap.SetFeedBackOn(1.0f);
-        tap.SetFeedBack(0.6f);
-        tap.SetFilterActive(1.0f);
-        tap.SetFilterType(1.0f);
-        tap.SetFilterGain(6.0f);
-        tap.SetPan(0.3f);
-    };
-    DelayMain whole;
-    configure(whole);
-    whole.SetBloackSize(3000);
-    const TapOutput expected = Process(whole, in);
-    for (int size : {1, 2, 3, 5, 255, 1001}) {
-        DelayMain tap;
-        configure(tap);
-        tap.SetBloackSize(4);  // blocks longer than this run in slices
-        TapOutput got{std::vector<double>(in.size()), std::vector<double>(in.size())};
-        for (size_t at = 0; at < in.size(); at += size) {
-            const int n = std::min<int>(size, int(in.size() - at));
-            double* inputs[1] = {in.data() + at};
-            double* outputs[2] = {got.left.data() + at, got.right.data() + at};
-            tap.Process(inputs, outputs, n);
-            tap.Process(inputs, outputs, 0);
-            tap.Process(inputs, outputs, -1);
-        }
-        size_t where = 0;
-        EXPECT_TRUE(SameBits(expected.left, got.left, &where)) << "size " << size << " at " << where;
-        EXPECT_TRUE(SameBits(expected.right, got.right, &where)) << "size " << size << " at " << where;
-    }
-}
-
-TEST(DelayBlocks, BadBlockSizesAreIgnored) {
-    DelayMain tap;
-    tap.SetBloackSize(0);
-    tap.SetBloackSize(-100);
-    UnityTap(tap);
-    tap.SetBloackSize(-1);
-    EXPECT_EQ(EchoPosition(tap, 1000), 4);
+    const TapOutput r = Process(tap, Impulse(8));
+    EXPECT_TRUE(std::isnan(r.left[4]) && std::isnan(r.right[4]));
 }
 
 // ---------------------------------------------------------------------------
@@ -454,197 +243,117 @@ TEST(DelayBlocks, BadBlockSizesAreIgnored) {
 
 namespace {
 
-struct Rig {
-    RefTap ref[6];
-    DelayMain alone[6];
-    DelayMain together[6];
+// Setting `which` (0 .. 11) of a tap, the reference's or the optimised one's.
+template <class Tap>
+void Set(Tap& t, int which, float v) {
+    switch (which) {
+    case 0: return t.SetDelatTime(v);
+    case 1: return t.SetGain(v);
+    case 2: return t.SetPan(v);
+    case 3: return t.SetFeedBack(v);
+    case 4: return t.SetFeedBackOn(v);
+    case 5: return t.SetFilterFreq(v);
+    case 6: return t.SetFilterType(v);
+    case 7: return t.SetFilterGain(v);
+    case 8: return t.SetFilterQ(v);
+    case 9: return t.SetFilterActive(v);
+    case 10: return t.SetBloackSize(int(v));
+    default: return t.SetFs(int64_t(v));
+    }
+}
 
-    template <class F>
-    void Apply(int k, F setter) {
-        setter(alone[k]);
-        setter(together[k]);
-    }
-};
-
-void RandomChange(Rig& rig, std::mt19937& rng) {
-    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
-    const int k = int(rng() % 6);
-    RefTap& r = rig.ref[k];
-    switch (rng() % 13) {
-    case 0: {
-        // Short times keep the lines small and wrapping often; some are 0
-        // (pass-through) or below one sample.
-        const int pick = int(rng() % 10);
-        const float ms = pick == 0 ? 0.0f : pick == 1 ? unit(rng) * 0.03f : unit(rng) * 25.0f;
-        r.delayTime = ms;
-        r.Prepare();
-        rig.Apply(k, [ms](DelayMain& t) { t.SetDelatTime(ms); });
-        break;
-    }
-    case 1: {
-        const float g = 0.001f + unit(rng) * 1.999f;
-        r.gain = g;
-        rig.Apply(k, [g](DelayMain& t) { t.SetGain(g); });
-        break;
-    }
-    case 2: {
-        // Mostly the parameter range, now and then beyond it.
-        const int pick = int(rng() % 8);
-        const float p = pick == 0   ? 0.0f
-                        : pick == 1 ? 1.0f
-                        : pick == 2 ? 0.5f
-                        : pick == 3 ? -0.5f + unit(rng) * 2.0f
-                                    : unit(rng);
-        r.pan = p;
-        r.MakePan();
-        rig.Apply(k, [p](DelayMain& t) { t.SetPan(p); });
-        break;
-    }
-    case 3: {
-        const float f = rng() % 5 == 0 ? 1.0f : unit(rng);
-        r.feedback = f;
-        rig.Apply(k, [f](DelayMain& t) { t.SetFeedBack(f); });
-        break;
-    }
-    case 4: {
-        const float on = float(rng() % 3) * 0.5f;  // 0, .5 (on) or 1
-        r.feedbackOn = on;
-        rig.Apply(k, [on](DelayMain& t) { t.SetFeedBackOn(on); });
-        break;
-    }
-    case 5: {
-        const float hz = 20.0f + unit(rng) * (rng() % 4 == 0 ? 40000.0f : 15000.0f);
-        r.freq = hz;
-        r.InitFilter();
-        rig.Apply(k, [hz](DelayMain& t) { t.SetFilterFreq(hz); });
-        break;
-    }
-    case 6: {
-        const float type = float(rng() % 3);
-        r.type = type;
-        r.InitFilter();
-        rig.Apply(k, [type](DelayMain& t) { t.SetFilterType(type); });
-        break;
-    }
-    case 7: {
-        const float db = -18.0f + unit(rng) * 36.0f;
-        r.filterGain = db;
-        r.InitFilter();
-        rig.Apply(k, [db](DelayMain& t) { t.SetFilterGain(db); });
-        break;
-    }
-    case 8: {
-        const float q = 0.1f + unit(rng) * 19.9f;
-        r.q = q;
-        r.InitFilter();
-        rig.Apply(k, [q](DelayMain& t) { t.SetFilterQ(q); });
-        break;
-    }
-    case 9:
-    case 10: {
-        const float on = rng() % 3 == 0 ? 0.0f : 1.0f;
-        r.filterOn = on;
-        rig.Apply(k, [on](DelayMain& t) { t.SetFilterActive(on); });
-        break;
-    }
-    case 11: {
-        static const long long rates[] = {44100, 48000, 96000, 22050};
-        const long long hz = rates[rng() % 4];
-        for (int t = 0; t < 6; ++t) {
-            rig.ref[t].rate = hz;
-            rig.ref[t].Prepare();
-            rig.ref[t].InitFilter();
-            rig.alone[t].SetFs(hz);
-            rig.together[t].SetFs(hz);
-        }
-        break;
-    }
-    default: {
-        const int n = 1 + int(rng() % 700);
-        rig.Apply(k, [n](DelayMain& t) { t.SetBloackSize(n); });
-        break;
-    }
+// A random value for setting `which`: its range with special values mixed in.
+float RandomValue(int which, std::mt19937& rng) {
+    const float u = std::uniform_real_distribution<float>(0.0f, 1.0f)(rng);
+    const int pick = int(rng() % 10);
+    switch (which) {
+    // ms: pass-through, below one sample, or short lines that wrap often.
+    case 0: return pick == 0 ? 0.0f : pick == 1 ? u * 0.03f : u * 25.0f;
+    case 1: return 0.001f + u * 1.999f;
+    case 2: return pick < 3 ? 0.5f * pick : pick == 3 ? -0.5f + u * 2.0f : u;  // now and then beyond the range
+    case 3: return pick < 2 ? 1.0f : u;
+    case 4: return float(pick % 3) * 0.5f;  // .5 counts as on
+    case 5: return 20.0f + u * (pick < 3 ? 40000.0f : 15000.0f);  // some above the frequency limit
+    case 6: return float(pick % 3);
+    case 7: return -18.0f + u * 36.0f;
+    case 8: return 0.1f + u * 19.9f;
+    case 9: return pick < 3 ? 0.0f : 1.0f;
+    case 10: return float(int(u * 700.0f) - 1);  // block size; 0 and -1 are ignored
+    default: return float(std::array<int, 4>{44100, 48000, 96000, 22050}[pick % 4]);
     }
 }
 
 std::vector<double> RandomBlock(int n, std::mt19937& rng) {
-    std::vector<double> in(n);
     const int kind = int(rng() % 6);
-    const double level = kind == 0 ? 0.0 : kind == 1 ? 1e-6 : kind == 2 ? 8.0 : 1.0;
-    std::uniform_real_distribution<double> d(-level, level);
-    for (double& x : in)
-        x = kind == 3 ? (rng() % 50 == 0 ? d(rng) : 0.0) : d(rng);  // sparse clicks let tails decay
+    std::vector<double> in = Noise(n, rng(), kind == 0 ? 0.0 : kind == 1 ? 1e-6 : kind == 2 ? 8.0 : 1.0);
+    if (kind == 3)  // sparse clicks let tails decay
+        for (double& x : in)
+            x = rng() % 50 == 0 ? x : 0.0;
     return in;
 }
 
 }  // namespace
 
 TEST(DelayReference, OptimisedTapsMatchThePlainFormBitForBit) {
-    Rig rig;
-    std::mt19937 rng(20240611);
+    RefTap ref[6];
+    DelayMain alone[6], together[6];
+    auto set = [&](int k, int which, float v) {
+        Set(ref[k], which, v);
+        Set(alone[k], which, v);
+        Set(together[k], which, v);
+    };
     for (int k = 0; k < 6; ++k) {
-        rig.ref[k].filterOn = 1.0f;
-        rig.ref[k].feedbackOn = 1.0f;
-        rig.Apply(k, [](DelayMain& t) {
-            t.SetFilterActive(1.0f);
-            t.SetFeedBackOn(1.0f);
-        });
+        set(k, 4, 1.0f);  // feedback and filter on
+        set(k, 9, 1.0f);
     }
+    std::mt19937 rng(20240611);
     long long compared = 0;
     for (int block = 0; block < 4000; ++block) {
-        const int changes = int(rng() % 4);
-        for (int c = 0; c < changes; ++c)
-            RandomChange(rig, rng);
+        for (int changes = int(rng() % 4); changes > 0; --changes) {
+            const int which = int(rng() % 12);
+            const float v = RandomValue(which, rng);
+            if (which == 11)  // a new rate for every tap
+                for (int k = 0; k < 6; ++k)
+                    set(k, which, v);
+            else
+                set(int(rng() % 6), which, v);
+        }
         const int pick = int(rng() % 10);
-        const int n = pick == 0 ? 1 : pick == 1 ? 2 : pick == 2 ? int(rng() % 1500) : int(rng() % 600);
+        const int n = pick < 2 ? pick + 1 : pick == 2 ? int(rng() % 1500) - 1 : int(rng() % 600);
         std::vector<double> in = RandomBlock(std::max(n, 1), rng);
         const std::vector<double> pristine = in;
-
-        std::vector<std::vector<double>> refOut(12, std::vector<double>(in.size())),
-            aloneOut(12, std::vector<double>(in.size(), -9.0)), togetherOut(12, std::vector<double>(in.size(), -9.0));
         double* inputs[2] = {in.data(), in.data()};
-        double* aloneBuffers[6][2];
-        double* togetherBuffers[6][2];
-        double** togetherPairs[6];
+
+        TapOutputs expected(6, n), aloneOut(6, n), togetherOut(6, n);
         DelayMain* taps[6];
         for (int k = 0; k < 6; ++k) {
-            rig.ref[k].Process(pristine.data(), refOut[2 * k].data(), refOut[2 * k + 1].data(), n);
-            aloneBuffers[k][0] = aloneOut[2 * k].data();
-            aloneBuffers[k][1] = aloneOut[2 * k + 1].data();
-            rig.alone[k].Process(inputs, aloneBuffers[k], n);
-            togetherBuffers[k][0] = togetherOut[2 * k].data();
-            togetherBuffers[k][1] = togetherOut[2 * k + 1].data();
-            togetherPairs[k] = togetherBuffers[k];
-            taps[k] = &rig.together[k];
+            ref[k].Process(pristine.data(), expected.pair[k][0], expected.pair[k][1], n);
+            alone[k].Process(inputs, aloneOut.pairs[k], n);
+            taps[k] = &together[k];
         }
-        DelayMain::ProcessTaps(taps, 6, inputs, togetherPairs, n);
+        DelayMain::ProcessTaps(taps, 6, inputs, togetherOut.pairs.data(), n);
         ASSERT_EQ(in, pristine) << "input changed";
-        for (int c = 0; c < 12; ++c) {
-            if (n <= 0) {
-                ASSERT_EQ(aloneOut[c][0], -9.0);
-                ASSERT_EQ(togetherOut[c][0], -9.0);
-                continue;
+        for (int k = 0; k < 6; ++k)
+            for (int c = 0; c < 2; ++c) {
+                ASSERT_EQ(FirstDifference(expected.data[k][c], aloneOut.data[k][c]), -1)
+                    << "alone: block " << block << " tap " << k << " channel " << c;
+                ASSERT_EQ(FirstDifference(expected.data[k][c], togetherOut.data[k][c]), -1)
+                    << "together: block " << block << " tap " << k << " channel " << c;
+                compared += std::max(n, 0);
             }
-            size_t where = 0;
-            ASSERT_TRUE(SameBits(refOut[c], aloneOut[c], &where))
-                << "block " << block << " tap " << c / 2 << " channel " << c % 2 << " sample " << where;
-            ASSERT_TRUE(SameBits(refOut[c], togetherOut[c], &where))
-                << "block " << block << " tap " << c / 2 << " channel " << c % 2 << " sample " << where;
-            compared += n;
-        }
     }
     EXPECT_GT(compared, 10000000);
 }
 
 TEST(DelayReference, SideBySideSkipsMissingTapsAndHandlesAnyCount) {
-    // Seven taps (more than one filter group), one of them missing, matches
-    // running the present ones one by one.
+    // Ten taps (more than one pass of the side-by-side runner), one missing,
+    // match the present ones run one by one.
+    const int count = 10, n = 1000;
     std::vector<std::unique_ptr<DelayMain>> a, b;
-    for (int k = 0; k < 7; ++k) {
+    for (int k = 0; k < count; ++k)
         for (auto* set : {&a, &b}) {
             set->emplace_back(new DelayMain);
             DelayMain& t = *set->back();
-            t.SetFs(44100);
             t.SetDelatTime(1.0f + k);
             t.SetFilterActive(k % 3 ? 1.0f : 0.0f);
             t.SetFilterType(float(k % 3));
@@ -652,36 +361,23 @@ TEST(DelayReference, SideBySideSkipsMissingTapsAndHandlesAnyCount) {
             t.SetFeedBackOn(1.0f);
             t.SetFeedBack(0.1f * k);
         }
-    }
-    std::vector<double> in(1000);
-    for (int i = 0; i < 1000; ++i)
+    std::vector<double> in(n);
+    for (int i = 0; i < n; ++i)
         in[i] = std::sin(i * 0.01) + (i % 97 == 0);
     double* inputs[1] = {in.data()};
-    std::vector<std::vector<double>> expected(14, std::vector<double>(1000)), got(14, std::vector<double>(1000, 3.0));
-    double* pairsStorage[7][2];
-    double** pairs[7];
-    DelayMain* taps[7];
-    for (int k = 0; k < 7; ++k) {
-        double* out[2] = {expected[2 * k].data(), expected[2 * k + 1].data()};
+    TapOutputs expected(count, n), got(count, n);
+    std::vector<DelayMain*> taps;
+    for (int k = 0; k < count; ++k) {
         if (k != 3)
-            a[k]->Process(inputs, out, 1000);
-        pairsStorage[k][0] = got[2 * k].data();
-        pairsStorage[k][1] = got[2 * k + 1].data();
-        pairs[k] = pairsStorage[k];
-        taps[k] = b[k].get();
+            a[k]->Process(inputs, expected.pairs[k], n);
+        taps.push_back(k == 3 ? nullptr : b[k].get());
     }
-    taps[3] = nullptr;
-    DelayMain::ProcessTaps(taps, 7, inputs, pairs, 1000);
-    for (int c = 0; c < 14; ++c) {
-        if (c / 2 == 3) {
-            EXPECT_EQ(got[c][0], 3.0);
-            continue;
-        }
-        size_t where = 0;
-        EXPECT_TRUE(SameBits(expected[c], got[c], &where)) << c << " " << where;
-    }
-    DelayMain::ProcessTaps(taps, 0, inputs, pairs, 1000);
-    DelayMain::ProcessTaps(nullptr, 7, inputs, pairs, 1000);
+    DelayMain::ProcessTaps(taps.data(), count, inputs, got.pairs.data(), n);
+    for (int k = 0; k < count; ++k)
+        for (int c = 0; c < 2; ++c)
+            EXPECT_EQ(FirstDifference(expected.data[k][c], got.data[k][c]), -1) << k << " " << c;
+    DelayMain::ProcessTaps(taps.data(), 0, inputs, got.pairs.data(), n);
+    DelayMain::ProcessTaps(nullptr, count, inputs, got.pairs.data(), n);
 }
 
 TEST(DelayConcurrency, SettersFromAnotherThreadAreSafe) {
@@ -689,8 +385,7 @@ TEST(DelayConcurrency, SettersFromAnotherThreadAreSafe) {
     tap.SetFilterActive(1.0f);
     std::atomic<bool> stop{false};
     std::thread ui([&] {
-        std::mt19937 rng(1);
-        while (!stop) {
+        for (std::mt19937 rng(1); !stop;) {
             tap.SetDelatTime(float(rng() % 2000) / 10.0f);
             tap.SetFilterFreq(float(100 + rng() % 10000));
             tap.SetPan(float(rng() % 100) / 100.0f);
