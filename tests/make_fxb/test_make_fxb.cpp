@@ -22,47 +22,25 @@ PresetParseResult Parse(const std::string& text) {
     return ParsePresets(stream, "bad.txt");
 }
 
-// Record slots of the per-tap groups (FilterON/OFF, FilterGain and FilterQ are
-// stored in another order than their parameter indices).
-int TimeSlot(int tap) { return 3 + tap; }
-int GainSlot(int tap) { return 9 + tap; }
-int PanSlot(int tap) { return 15 + tap; }
-int TapSwitchSlot(int tap) { return 21 + tap; }
-int CutoffSlot(int tap) { return 27 + tap; }
-int TypeSlot(int tap) { return 33 + tap; }
-int FilterSwitchSlot(int tap) { return 39 + tap; }
-int FilterGainSlot(int tap) { return 45 + tap; }
-int QSlot(int tap) { return 51 + tap; }
-
-// Linear gain from the plug-in's dB (6 dB per doubling), normalised over 0.001..max.
-double GainNormalised(double dB, double maximum) {
-    double linear = std::pow(2.0, dB / 6.0);
-    return (linear - 0.001) / (maximum - 0.001);
-}
-
-struct RunResult {
-    int status;
-    std::string output;
+// Record slots of the per-tap groups: FilterON/OFF, FilterGain and FilterQ
+// are stored in another order than their parameter indices.
+enum Slot {
+    kTime = 3, kGain = 9, kPan = 15, kTapOn = 21, kCutoff = 27, kType = 33, kFilterOn = 39, kFilterGain = 45, kQ = 51
 };
 
-RunResult RunTool(const std::string& arguments) {
-    std::string command = std::string(MAKE_FXB_PATH) + " " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    RunResult result{-1, ""};
-    if (!pipe) return result;
+// Linear gain from the plug-in's dB (6 dB per doubling), normalised over 0.001..maximum.
+double GainNormalised(double dB, double maximum) { return (std::pow(2.0, dB / 6.0) - 0.001) / (maximum - 0.001); }
+
+// Status and output (stdout and stderr) of the tool run with `arguments`.
+std::pair<int, std::string> RunTool(const std::string& arguments) {
+    FILE* pipe = popen((std::string(MAKE_FXB_PATH) + " " + arguments + " 2>&1").c_str(), "r");
+    if (!pipe) return {-1, ""};
+    std::string output;
     char buffer[512];
-    while (std::fgets(buffer, sizeof buffer, pipe)) result.output += buffer;
-    int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    while (std::fgets(buffer, sizeof buffer, pipe)) output += buffer;
+    const int status = pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
 }
-
-void WriteText(const std::string& path, const std::string& text) {
-    std::ofstream file(path);
-    file << text;
-}
-
-bool Exists(const std::string& path) { return std::ifstream(path).good(); }
 
 }  // namespace
 
@@ -78,72 +56,49 @@ TEST(PresetNames, EveryNameThePluginReportsIsKnown) {
 }
 
 TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
-    PresetParseResult result = Parse(
-        "[Everything]\n"
-        "ON/OFF = OFF\n"
-        "Output = 6 dB\n"
-        "Input = -12 dB\n"
-        "DelayTime0 = 110 ms\n"
-        "DelayTime5 = 4000 ms\n"
-        "DelayGain1 = -3 dB\n"
-        "DelayGain2 = -59.8 dB\n"
-        "DelayPan3 = 20\n"
-        "DelayON/OFF4 = ON\n"
-        "DelayON/OFF0 = OFF\n"
-        "FilterCutoff1 = 2500 Hz\n"
-        "FilterType2 = H-SH\n"
-        "FilterType3 = PK\n"
-        "FilterGain2 = -4 dB\n"
-        "FilterQ1 = 0.5\n"
-        "FilterON/OFF3 = ON\n"
-        "FeedBackON/OFF = ON\n"
-        "FeedBack = 45 %\n"
-        "Balance = 35.5 %\n"
-        "TempoSync = ON\n"
-        "SyncNote = 16th\n");
+    struct Case {
+        const char* line;
+        int slot;
+        double normalised, tolerance;  // 0: exact
+    };
+    const Case cases[] = {
+        {"ON/OFF = OFF", 0, 0.0, 0},                                {"Output = 6 dB", 1, 1.0, 1e-6},
+        {"Input = -12 dB", 2, GainNormalised(-12.0, 1.0), 1e-6},
+        {"DelayTime0 = 110 ms", kTime + 0, 110.0 / 4000.0, 1e-7},   {"DelayTime5 = 4000 ms", kTime + 5, 1.0, 1e-7},
+        {"DelayGain1 = -3 dB", kGain + 1, GainNormalised(-3.0, 2.0), 1e-6},
+        {"DelayGain2 = -59.8 dB", kGain + 2, 0.0, 1e-7},  // the lowest text lands on the range's minimum
+        {"DelayPan3 = 20", kPan + 3, 0.2, 1e-7},                    {"DelayON/OFF4 = ON", kTapOn + 4, 1.0, 0},
+        {"DelayON/OFF0 = OFF", kTapOn + 0, 0.0, 0},
+        {"FilterCutoff1 = 2500 Hz", kCutoff + 1, (2500.0 - 20.0) / 19980.0, 1e-7},
+        {"FilterType2 = H-SH", kType + 2, 1.0, 1e-7},               {"FilterType3 = PK", kType + 3, 0.5, 1e-7},
+        {"FilterGain2 = -4 dB", kFilterGain + 2, 8.0 / 24.0, 1e-7}, {"FilterQ1 = 0.5", kQ + 1, 0.2 / 9.7, 1e-7},
+        {"FilterON/OFF3 = ON", kFilterOn + 3, 1.0, 0},             {"FeedBackON/OFF = ON", 57, 1.0, 0},
+        {"FeedBack = 45 %", 58, 0.45, 1e-7},                       {"Balance = 35.5 %", 59, 0.355, 1e-7},
+        {"TempoSync = ON", 60, 1.0, 0},                            {"SyncNote = 16th", 61, 2.0 / 3.0, 1e-7},
+    };
+    std::string text = "[Everything]\n";
+    for (const Case& c : cases) text += std::string(c.line) + "\n";
+    PresetParseResult result = Parse(text);
     ASSERT_TRUE(result.ok()) << result.errors[0];
     ASSERT_EQ(result.presets.size(), 1u);
-    const ATapDelayProgram& record = result.presets[0].record;
-    EXPECT_STREQ(record.name, "Everything");
-    const float* v = record.values;
-    EXPECT_EQ(v[0], 0.0f);
-    EXPECT_NEAR(v[1], 1.0, 1e-6);
-    EXPECT_NEAR(v[2], GainNormalised(-12.0, 1.0), 1e-6);
-    EXPECT_NEAR(v[TimeSlot(0)], 110.0 / 4000.0, 1e-7);
-    EXPECT_NEAR(v[TimeSlot(5)], 1.0, 1e-7);
-    EXPECT_NEAR(v[GainSlot(1)], GainNormalised(-3.0, 2.0), 1e-6);
-    EXPECT_NEAR(v[GainSlot(2)], 0.0, 1e-7);  // the lowest text lands on the range's minimum
-    EXPECT_NEAR(v[PanSlot(3)], 0.2, 1e-7);
-    EXPECT_EQ(v[TapSwitchSlot(4)], 1.0f);
-    EXPECT_EQ(v[TapSwitchSlot(0)], 0.0f);
-    EXPECT_NEAR(v[CutoffSlot(1)], (2500.0 - 20.0) / 19980.0, 1e-7);
-    EXPECT_NEAR(v[TypeSlot(2)], 1.0, 1e-7);
-    EXPECT_NEAR(v[TypeSlot(3)], 0.5, 1e-7);
-    EXPECT_NEAR(v[FilterGainSlot(2)], 8.0 / 24.0, 1e-7);
-    EXPECT_NEAR(v[QSlot(1)], 0.2 / 9.7, 1e-7);
-    EXPECT_EQ(v[FilterSwitchSlot(3)], 1.0f);
-    EXPECT_EQ(v[57], 1.0f);
-    EXPECT_NEAR(v[58], 0.45, 1e-7);
-    EXPECT_NEAR(v[59], 0.355, 1e-7);
-    EXPECT_EQ(v[60], 1.0f);
-    EXPECT_NEAR(v[61], 2.0 / 3.0, 1e-7);
+    EXPECT_STREQ(result.presets[0].record.name, "Everything");
+    for (const Case& c : cases) {
+        EXPECT_NEAR(result.presets[0].record.values[c.slot], c.normalised, c.tolerance) << c.line;
+    }
 }
 
 TEST(PresetValues, UnlistedParametersKeepTheFreshDefaults) {
     PresetParseResult result = Parse("[Only Balance]\nBalance = 30 %\n");
     ASSERT_TRUE(result.ok());
-    ATapDelayProgram fresh;
     const float* v = result.presets[0].record.values;
-    for (int slot = 0; slot < 62; slot++) {
-        if (slot == 59) continue;  // Balance, the one value listed
-        EXPECT_EQ(v[slot], fresh.values[slot]) << "slot " << slot;
-    }
-    EXPECT_NEAR(v[59], 0.3, 1e-7);
-    // The fresh values themselves: tap 0 alone on, 10 ms, gain 0.5, pan 50, no sync.
-    EXPECT_NEAR(v[TimeSlot(3)], 10.0 / 4000.0, 1e-7);
-    EXPECT_NEAR(v[GainSlot(3)], (0.5 - 0.001) / 1.999, 1e-7);
-    EXPECT_EQ(v[TapSwitchSlot(0)], 1.0f);
-    EXPECT_EQ(v[TapSwitchSlot(1)], 0.0f);
+    const ATapDelayProgram fresh;
+    for (int slot = 0; slot < 62; slot++)
+        EXPECT_EQ(v[slot], slot == 59 ? 0.3f : fresh.values[slot]) << "slot " << slot;
+    // The fresh values themselves: tap 0 alone on, 10 ms, gain 0.5, no sync.
+    EXPECT_NEAR(v[kTime + 3], 10.0 / 4000.0, 1e-7);
+    EXPECT_NEAR(v[kGain + 3], (0.5 - 0.001) / 1.999, 1e-7);
+    EXPECT_EQ(v[kTapOn + 0], 1.0f);
+    EXPECT_EQ(v[kTapOn + 1], 0.0f);
     EXPECT_EQ(v[60], 0.0f);
 }
 
@@ -157,71 +112,49 @@ TEST(PresetText, CommentsSpacesAndUnitSpacingAreAccepted) {
     ASSERT_TRUE(result.ok()) << result.errors[0];
     EXPECT_EQ(result.presets[0].name, "Spaced Name");
     EXPECT_EQ(result.presets[0].line, 3);
-    EXPECT_NEAR(result.presets[0].record.values[TimeSlot(0)], 250.0 / 4000.0, 1e-7);
+    EXPECT_NEAR(result.presets[0].record.values[kTime], 250.0 / 4000.0, 1e-7);
 }
 
 TEST(PresetErrors, EachBadLineIsReportedWithFileAndLine) {
-    struct Case {
-        const char* line;
-        const char* says;
-    };
-    const Case cases[] = {
-        {"DelayTme0 = 110 ms", "unknown parameter \"DelayTme0\""},
-        {"DelayTime6 = 110 ms", "unknown parameter"},
-        {"DelayTime0 = 4000.1 ms", "out of range"},
-        {"DelayTime0 = -1 ms", "out of range"},
-        {"DelayGain0 = 6.1 dB", "out of range"},
-        {"DelayGain0 = -60 dB", "out of range"},
-        {"Input = 0.1 dB", "out of range"},
-        {"DelayPan0 = 101", "out of range"},
-        {"FilterCutoff0 = 19 Hz", "out of range"},
-        {"FilterCutoff0 = 20001 Hz", "out of range"},
-        {"FilterGain0 = 12.5 dB", "out of range"},
-        {"FilterQ0 = 0.2", "out of range"},
-        {"FeedBack = 100.5 %", "out of range"},
-        {"DelayTime0 = 110 s", "needs the unit \"ms\""},
-        {"DelayTime0 = 110", "needs the unit \"ms\""},
-        {"DelayGain0 = -3", "needs the unit \"dB\""},
-        {"Balance = 50", "needs the unit \"%\""},
-        {"FilterCutoff0 = 2.5 kHz", "needs the unit \"Hz\""},
-        {"DelayPan0 = 50 %", "takes no unit"},
-        {"FilterQ0 = 1 dB", "takes no unit"},
-        {"DelayTime0 = 1e3 ms", "needs the unit"},
-        {"DelayTime0 = nan ms", "not a number"},
-        {"DelayTime0 = ms", "not a number"},
-        {"DelayON/OFF1 = on", "not one of OFF, ON"},
-        {"DelayON/OFF1 = 1", "not one of OFF, ON"},
-        {"FilterType0 = HSH", "not one of L-SH, PK, H-SH"},
+    const std::pair<const char*, const char*> cases[] = {  // the line, and what the message says
+        {"DelayTme0 = 110 ms", "unknown parameter \"DelayTme0\""}, {"DelayTime6 = 110 ms", "unknown parameter"},
+        {"DelayTime0 = 4000.1 ms", "out of range"},  {"DelayTime0 = -1 ms", "out of range"},
+        {"DelayGain0 = 6.1 dB", "out of range"},     {"DelayGain0 = -60 dB", "out of range"},
+        {"Input = 0.1 dB", "out of range"},          {"DelayPan0 = 101", "out of range"},
+        {"FilterCutoff0 = 19 Hz", "out of range"},   {"FilterCutoff0 = 20001 Hz", "out of range"},
+        {"FilterGain0 = 12.5 dB", "out of range"},   {"FilterQ0 = 0.2", "out of range"},
+        {"FeedBack = 100.5 %", "out of range"},      {"DelayTime0 = 110 s", "needs the unit \"ms\""},
+        {"DelayTime0 = 110", "needs the unit \"ms\""}, {"DelayGain0 = -3", "needs the unit \"dB\""},
+        {"Balance = 50", "needs the unit \"%\""},    {"FilterCutoff0 = 2.5 kHz", "needs the unit \"Hz\""},
+        {"DelayPan0 = 50 %", "takes no unit"},       {"FilterQ0 = 1 dB", "takes no unit"},
+        {"DelayTime0 = 1e3 ms", "needs the unit"},   {"DelayTime0 = nan ms", "not a number"},
+        {"DelayTime0 = ms", "not a number"},         {"DelayON/OFF1 = on", "not one of OFF, ON"},
+        {"DelayON/OFF1 = 1", "not one of OFF, ON"},  {"FilterType0 = HSH", "not one of L-SH, PK, H-SH"},
         {"SyncNote = quarter", "not one of Quarter, 8th, 16th, 32th"},
         {"just words", "expected \"[Preset Name]\" or \"Parameter = value\""},
-        {"[Unclosed", "must end with \"]\""},
-        {"[]", "empty preset name"},
-        {"[Exactly twenty-four char]", "longer than 23 characters"},
-        {"[First]", "already defined on line 1"},
+        {"[Unclosed", "must end with \"]\""},       {"[]", "empty preset name"},
+        {"[Exactly twenty-four char]", "longer than 23 characters"}, {"[First]", "already defined on line 1"},
     };
-    for (const Case& c : cases) {
-        PresetParseResult result = Parse(std::string("[First]\n") + c.line + "\n");
-        ASSERT_EQ(result.errors.size(), 1u) << c.line;
+    for (const auto& [line, says] : cases) {
+        PresetParseResult result = Parse(std::string("[First]\n") + line + "\n");
+        ASSERT_EQ(result.errors.size(), 1u) << line;
         EXPECT_EQ(result.errors[0].rfind("bad.txt:2: ", 0), 0u) << result.errors[0];
-        EXPECT_NE(result.errors[0].find(c.says), std::string::npos) << result.errors[0];
+        EXPECT_NE(result.errors[0].find(says), std::string::npos) << result.errors[0];
     }
 }
 
 TEST(PresetErrors, StructuralMistakesAreCaught) {
-    PresetParseResult before = Parse("DelayTime0 = 110 ms\n[Late]\n");
-    ASSERT_EQ(before.errors.size(), 1u);
-    EXPECT_EQ(before.errors[0], "bad.txt:1: \"DelayTime0\" stands before the first \"[Preset Name]\"");
-
-    PresetParseResult twice = Parse("[A]\nBalance = 10 %\n\nBalance = 20 %\n");
-    ASSERT_EQ(twice.errors.size(), 1u);
-    EXPECT_EQ(twice.errors[0], "bad.txt:4: Balance is already set on line 2");
-
-    PresetParseResult empty = Parse("# nothing but a comment\n");
-    ASSERT_EQ(empty.errors.size(), 1u);
-    EXPECT_NE(empty.errors[0].find("no presets"), std::string::npos);
-
-    // The same parameter in two presets is fine.
-    EXPECT_TRUE(Parse("[A]\nBalance = 10 %\n[B]\nBalance = 10 %\n").ok());
+    const std::pair<std::string, std::string> cases[] = {
+        {"DelayTime0 = 110 ms\n[Late]\n", "bad.txt:1: \"DelayTime0\" stands before the first \"[Preset Name]\""},
+        {"[A]\nBalance = 10 %\n\nBalance = 20 %\n", "bad.txt:4: Balance is already set on line 2"},
+        {"# nothing but a comment\n", "bad.txt:1: no presets in the file"},
+    };
+    for (const auto& c : cases) {
+        PresetParseResult result = Parse(c.first);
+        ASSERT_EQ(result.errors.size(), 1u) << c.first;
+        EXPECT_EQ(result.errors[0], c.second);
+    }
+    EXPECT_TRUE(Parse("[A]\nBalance = 10 %\n[B]\nBalance = 10 %\n").ok());  // the same parameter in two presets
 }
 
 TEST(PresetErrors, AllProblemsOfAFileAreListedInOrder) {
@@ -270,25 +203,23 @@ TEST(FactoryBankRecords, PresetsFirstThenEmptyPrograms) {
     for (int i = 3; i < 24; i++) EXPECT_EQ(bank[0].name[i], 0);
 }
 
-TEST(ShippedPresets, TheResourceFileParsesCleanly) {
-    std::ifstream file(std::string(TAPDELAY_SOURCE_DIR) + "resources/presets.txt");
-    ASSERT_TRUE(file.good());
-    PresetParseResult result = ParsePresets(file, "presets.txt");
-    for (const std::string& error : result.errors) ADD_FAILURE() << error;
-    EXPECT_GE(result.presets.size(), 32u);
-}
+class MakeFxbTool : public ::testing::Test {
+protected:
+    // Runs the tool on `text` and returns its status and output (stdout and stderr).
+    std::pair<int, std::string> RunOn(const std::string& text) {
+        std::ofstream(source) << text;
+        return RunTool(source + " " + target);
+    }
+    bool Written() const { return std::ifstream(target).good(); }
 
-TEST(MakeFxbTool, WritesTheBankFileFromAGoodText) {
     TempFolder folder;
-    std::string source = folder.path() + "presets.txt";
-    std::string target = folder.path() + "TapDelayDef.fxb";
-    const std::string text = "[Slap]\nDelayTime0 = 110 ms\n[Wide]\nDelayPan0 = 0\n";
-    WriteText(source, text);
-    RunResult run = RunTool(source + " " + target);
-    EXPECT_EQ(run.status, 0) << run.output;
-    EXPECT_EQ(run.output, "");
+    const std::string source = folder.path() + "presets.txt", target = folder.path() + "TapDelayDef.fxb";
+};
 
-    std::vector<unsigned char> bytes = ReadWholeFile(target);
+TEST_F(MakeFxbTool, WritesTheBankFileFromAGoodText) {
+    const std::string text = "[Slap]\nDelayTime0 = 110 ms\n[Wide]\nDelayPan0 = 0\n";
+    EXPECT_EQ(RunOn(text), std::make_pair(0, std::string()));
+    const std::vector<unsigned char> bytes = ReadWholeFile(target);
     ASSERT_EQ(bytes.size(), 17824u);
     EXPECT_EQ(std::memcmp(bytes.data(), "CcnK\0\0\0\0FBCh\0\0\0\1VaTD\0\0\0\1\0\0\0\x40", 28), 0);
     EXPECT_EQ(std::memcmp(bytes.data() + 156, "\0\0\x45\0", 4), 0);
@@ -298,37 +229,26 @@ TEST(MakeFxbTool, WritesTheBankFileFromAGoodText) {
     EXPECT_EQ(std::memcmp(bytes.data() + 160, bank.data(), 17664), 0);
 }
 
-TEST(MakeFxbTool, BadInputFailsWithLineNumbersAndWritesNothing) {
-    TempFolder folder;
-    std::string source = folder.path() + "broken.txt";
-    std::string target = folder.path() + "TapDelayDef.fxb";
-    WriteText(source, "[Fine]\nDelayTime0 = 110 ms\nDelayGian0 = -3 dB\nFeedBack = 120 %\n");
-    RunResult run = RunTool(source + " " + target);
-    EXPECT_NE(run.status, 0);
-    EXPECT_NE(run.output.find(source + ":3: unknown parameter \"DelayGian0\""), std::string::npos)
-        << run.output;
-    EXPECT_NE(run.output.find(source + ":4: FeedBack: 120 % is out of range"), std::string::npos)
-        << run.output;
-    EXPECT_FALSE(Exists(target));
+TEST_F(MakeFxbTool, BadInputFailsWithLineNumbersAndWritesNothing) {
+    auto run = RunOn("[Fine]\nDelayTime0 = 110 ms\nDelayGian0 = -3 dB\nFeedBack = 120 %\n");
+    EXPECT_NE(run.first, 0);
+    EXPECT_NE(run.second.find(source + ":3: unknown parameter \"DelayGian0\""), std::string::npos) << run.second;
+    EXPECT_NE(run.second.find(source + ":4: FeedBack: 120 % is out of range"), std::string::npos) << run.second;
+    EXPECT_FALSE(Written());
 
-    WriteText(source, "[A preset name that is too long]\n");
-    run = RunTool(source + " " + target);
-    EXPECT_NE(run.status, 0);
-    EXPECT_NE(run.output.find(source + ":1: preset name"), std::string::npos) << run.output;
-    EXPECT_FALSE(Exists(target));
+    run = RunOn("[A preset name that is too long]\n");
+    EXPECT_NE(run.first, 0);
+    EXPECT_NE(run.second.find(source + ":1: preset name"), std::string::npos) << run.second;
+    EXPECT_FALSE(Written());
 }
 
-TEST(MakeFxbTool, MissingFilesAndArgumentsFail) {
-    TempFolder folder;
-    RunResult missing = RunTool(folder.path() + "absent.txt " + folder.path() + "out.fxb");
-    EXPECT_NE(missing.status, 0);
-    EXPECT_NE(missing.output.find("absent.txt: cannot be read"), std::string::npos);
-
-    std::string source = folder.path() + "presets.txt";
-    WriteText(source, "[Fine]\n");
-    RunResult unwritable = RunTool(source + " " + folder.path() + "no/such/folder/out.fxb");
-    EXPECT_NE(unwritable.status, 0);
-    EXPECT_NE(unwritable.output.find("cannot be written"), std::string::npos);
-
-    EXPECT_NE(RunTool("").status, 0);
+TEST_F(MakeFxbTool, MissingFilesAndArgumentsFail) {
+    auto run = RunTool(folder.path() + "absent.txt " + target);
+    EXPECT_NE(run.first, 0);
+    EXPECT_NE(run.second.find("absent.txt: cannot be read"), std::string::npos) << run.second;
+    std::ofstream(source) << "[Fine]\n";
+    run = RunTool(source + " " + folder.path() + "no/such/folder/out.fxb");
+    EXPECT_NE(run.first, 0);
+    EXPECT_NE(run.second.find("cannot be written"), std::string::npos) << run.second;
+    EXPECT_NE(RunTool("").first, 0);
 }
