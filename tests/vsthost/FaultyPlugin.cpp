@@ -38,9 +38,7 @@ struct Faulty {
 // Where the "leak" fault's allocations go, so that the compiler keeps them.
 char* volatile g_sink = nullptr;
 
-Faulty* self(AEffect* e) {
-    return static_cast<Faulty*>(e->object);
-}
+Faulty* self(AEffect* e) { return static_cast<Faulty*>(e->object); }
 
 template <typename Sample>
 void process(AEffect* e, Sample** in, Sample** out, VstInt32 frames) {
@@ -55,13 +53,6 @@ void process(AEffect* e, Sample** in, Sample** out, VstInt32 frames) {
                 y += (Sample)1e-12;
             out[c][i] = y;
         }
-}
-
-void processFloat(AEffect* e, float** in, float** out, VstInt32 frames) {
-    process(e, in, out, frames);
-}
-void processDouble(AEffect* e, double** in, double** out, VstInt32 frames) {
-    process(e, in, out, frames);
 }
 
 void setParameter(AEffect* e, VstInt32 index, float value) {
@@ -186,7 +177,7 @@ extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMa
     e.object = f;
     e.uniqueID = vstFourCC('F', 'a', 'l', 't');
     e.version = 1;
-    e.processReplacing = processFloat;
-    e.processDoubleReplacing = processDouble;
+    e.processReplacing = process<float>;
+    e.processDoubleReplacing = process<double>;
     return &e;
 }

@@ -21,58 +21,50 @@ ArgParser renderLikeParser() {
     return parser;
 }
 
+using Strings = std::vector<std::string>;
+
 }  // namespace
 
 TEST(ArgParse, LongShortInlineAndSeparateValues) {
     const ParsedArgs a = renderLikeParser().parse(
         {"in.wav", "--block", "256", "-p", "A=1", "--param=B=0.5", "-pC:=3", "out.wav", "--double"});
-    EXPECT_EQ(a.positional, (std::vector<std::string>{"in.wav", "out.wav"}));
+    EXPECT_EQ(a.positional, (Strings{"in.wav", "out.wav"}));
     EXPECT_EQ(a.get("block"), "256");
-    EXPECT_EQ(a.all("param"), (std::vector<std::string>{"A=1", "B=0.5", "C:=3"}));
+    EXPECT_EQ(a.all("param"), (Strings{"A=1", "B=0.5", "C:=3"}));
     EXPECT_TRUE(a.has("double"));
     EXPECT_FALSE(a.has("missing"));
     EXPECT_EQ(a.get("missing", "fallback"), "fallback");
-}
 
-TEST(ArgParse, NegativeNumbersAndDashAreArguments) {
-    const ParsedArgs a = renderLikeParser().parse({"-3", "-0.5", "-", "--", "--block"});
-    EXPECT_EQ(a.positional, (std::vector<std::string>{"-3", "-0.5", "-", "--block"}));
-    EXPECT_FALSE(a.has("block"));
-    // A negative value after an option that takes one is that value.
-    EXPECT_EQ(renderLikeParser().parse({"-b", "-12"}).get("block"), "-12");
+    // Negative numbers and "-" are arguments; "--" ends the options.
+    const ParsedArgs b = renderLikeParser().parse({"-3", "-0.5", "-", "--", "--block"});
+    EXPECT_EQ(b.positional, (Strings{"-3", "-0.5", "-", "--block"}));
+    EXPECT_FALSE(b.has("block"));
+    EXPECT_EQ(renderLikeParser().parse({"-b", "-12"}).get("block"), "-12");  // a value, after an option taking one
 }
 
 TEST(ArgParse, MistakesAreReported) {
     const ArgParser parser = renderLikeParser();
-    EXPECT_THROW(parser.parse({"--blok", "3"}), ArgError);        // unknown
-    EXPECT_THROW(parser.parse({"-x"}), ArgError);                 // unknown short
-    EXPECT_THROW(parser.parse({"--block"}), ArgError);            // value missing
-    EXPECT_THROW(parser.parse({"-b", "1", "-b", "2"}), ArgError); // not repeatable
-    EXPECT_THROW(parser.parse({"--double=yes"}), ArgError);       // flag with a value
+    // Unknown long and short options, a missing value, a repeated option, a flag with a value.
+    for (const Strings& args : {Strings{"--blok", "3"}, Strings{"-x"}, Strings{"--block"},
+                                Strings{"-b", "1", "-b", "2"}, Strings{"--double=yes"}})
+        EXPECT_THROW(parser.parse(args), ArgError) << args[0];
     try {
         parser.parse({"--block"});
     } catch (const ArgError& e) {
         EXPECT_NE(std::string(e.what()).find("--block needs a value (N)"), std::string::npos);
     }
-}
-
-TEST(ArgParse, HelpListsEveryOption) {
-    const std::string help = renderLikeParser().help();
-    EXPECT_NE(help.find("-b, --block N"), std::string::npos);
-    EXPECT_NE(help.find("--double"), std::string::npos);
-    EXPECT_NE(help.find("(repeatable)"), std::string::npos);
+    const std::string help = parser.help();
+    for (const char* part : {"-b, --block N", "--double", "(repeatable)"})
+        EXPECT_NE(help.find(part), std::string::npos) << part;
 }
 
 TEST(ArgParse, NumbersAreCheckedForFormAndRange) {
     EXPECT_EQ(parseIntArg("512", "--block", 1, 8192), 512);
-    EXPECT_THROW(parseIntArg("0", "--block", 1, 8192), ArgError);
-    EXPECT_THROW(parseIntArg("12x", "--block", 1, 8192), ArgError);
-    EXPECT_THROW(parseIntArg("", "--block", 1, 8192), ArgError);
-    EXPECT_THROW(parseIntArg("99999999999999999999", "--block", 1, 8192), ArgError);
+    for (const char* bad : {"0", "12x", "", "99999999999999999999"})
+        EXPECT_THROW(parseIntArg(bad, "--block", 1, 8192), ArgError) << bad;
     EXPECT_DOUBLE_EQ(parseDoubleArg("2.5", "--tail", 0, 10), 2.5);
-    EXPECT_THROW(parseDoubleArg("-1", "--tail", 0, 10), ArgError);
-    EXPECT_THROW(parseDoubleArg("nan", "--tail", 0, 10), ArgError);
-    EXPECT_THROW(parseDoubleArg("1s", "--tail", 0, 10), ArgError);
+    for (const char* bad : {"-1", "nan", "1s"})
+        EXPECT_THROW(parseDoubleArg(bad, "--tail", 0, 10), ArgError) << bad;
 }
 
 TEST(PluginSetupArgs, DefaultsAndGivenValues) {
@@ -91,7 +83,7 @@ TEST(PluginSetupArgs, DefaultsAndGivenValues) {
     EXPECT_EQ(given.pluginPath, "/x/y.so");
     EXPECT_EQ(given.program, "Slapback");
     EXPECT_EQ(given.patchFile, "a.fxb");
-    EXPECT_EQ(given.params, (std::vector<std::string>{"DelayTime0=250ms"}));
+    EXPECT_EQ(given.params, (Strings{"DelayTime0=250ms"}));
     EXPECT_DOUBLE_EQ(given.tempo, 90.0);
     EXPECT_EQ(given.blockSize, 64);
     EXPECT_TRUE(given.doublePrecision);
@@ -103,43 +95,41 @@ TEST(PluginSetupArgs, DefaultsAndGivenValues) {
     EXPECT_THROW(pluginSetupFrom(parser.parse({"-p", "=0.5"})), ParamError);
 }
 
-TEST(ParamAssignmentText, PlainNumbersAreNormalised) {
-    const ParamAssignment a = parseParamAssignment("Balance=0.25");
-    EXPECT_EQ(a.target, "Balance");
-    EXPECT_EQ(a.mode, ParamAssignment::Mode::Normalised);
-    EXPECT_DOUBLE_EQ(a.number, 0.25);
-    EXPECT_EQ(parseParamAssignment("59=1").target, "59");
-    EXPECT_EQ(parseParamAssignment(" ON/OFF = 0 ").target, "ON/OFF");
-    EXPECT_THROW(parseParamAssignment("Balance=1.5"), ParamError);
-    EXPECT_THROW(parseParamAssignment("Balance=-0.1"), ParamError);
-}
-
-TEST(ParamAssignmentText, UnitsTextsAndColonMeanDisplayUnits) {
-    const ParamAssignment ms = parseParamAssignment("DelayTime0=250ms");
-    EXPECT_EQ(ms.mode, ParamAssignment::Mode::Display);
-    EXPECT_TRUE(ms.numeric);
-    EXPECT_DOUBLE_EQ(ms.number, 250.0);
-    EXPECT_EQ(ms.unit, "ms");
-
-    const ParamAssignment db = parseParamAssignment("Output=-6.5 dB");
-    EXPECT_DOUBLE_EQ(db.number, -6.5);
-    EXPECT_EQ(db.unit, "dB");
-
-    const ParamAssignment text = parseParamAssignment("FilterType0=PK");
-    EXPECT_EQ(text.mode, ParamAssignment::Mode::Display);
-    EXPECT_FALSE(text.numeric);
-    EXPECT_EQ(text.value, "PK");
-
-    const ParamAssignment bare = parseParamAssignment("DelayPan0:=25");
-    EXPECT_EQ(bare.target, "DelayPan0");
-    EXPECT_EQ(bare.mode, ParamAssignment::Mode::Display);
-    EXPECT_DOUBLE_EQ(bare.number, 25.0);
-    EXPECT_TRUE(bare.unit.empty());
-
-    // "-oo" is how some plug-ins show silence: a text to look for.
-    EXPECT_FALSE(parseParamAssignment("Gain=-oo").numeric);
-    EXPECT_THROW(parseParamAssignment("NoValue="), ParamError);
-    EXPECT_THROW(parseParamAssignment("NoEquals"), ParamError);
+TEST(ParamAssignmentText, NumbersUnitsAndTexts) {
+    using Mode = ParamAssignment::Mode;
+    struct Case {
+        const char* text;
+        std::string target;
+        Mode mode;
+        bool numeric;
+        double number;
+        std::string unit, value;  // value: checked for texts only
+    };
+    const Case cases[] = {
+        {"Balance=0.25", "Balance", Mode::Normalised, true, 0.25, "", ""},
+        {"59=1", "59", Mode::Normalised, true, 1.0, "", ""},
+        {" ON/OFF = 0 ", "ON/OFF", Mode::Normalised, true, 0.0, "", ""},
+        {"DelayTime0=250ms", "DelayTime0", Mode::Display, true, 250.0, "ms", ""},  // a unit means display units
+        {"Output=-6.5 dB", "Output", Mode::Display, true, -6.5, "dB", ""},
+        {"DelayPan0:=25", "DelayPan0", Mode::Display, true, 25.0, "", ""},  // so does ":="
+        {"FilterType0=PK", "FilterType0", Mode::Display, false, 0.0, "", "PK"},
+        {"Gain=-oo", "Gain", Mode::Display, false, 0.0, "", "-oo"},  // how some plug-ins show silence
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        const ParamAssignment a = parseParamAssignment(c.text);
+        EXPECT_EQ(a.target, c.target);
+        EXPECT_EQ(a.mode, c.mode);
+        EXPECT_EQ(a.numeric, c.numeric);
+        if (c.numeric) {
+            EXPECT_DOUBLE_EQ(a.number, c.number);
+            EXPECT_EQ(a.unit, c.unit);
+        } else {
+            EXPECT_EQ(a.value, c.value);
+        }
+    }
+    for (const char* bad : {"Balance=1.5", "Balance=-0.1", "NoValue=", "NoEquals"})
+        EXPECT_THROW(parseParamAssignment(bad), ParamError) << bad;
 }
 
 TEST(ParamAssignmentText, DisplayNumbersAndUnits) {
@@ -150,16 +140,14 @@ TEST(ParamAssignmentText, DisplayNumbersAndUnits) {
     EXPECT_EQ(suffix, "dB");
     ASSERT_TRUE(parseDisplayNumber("-oo", number, suffix));
     EXPECT_TRUE(std::isinf(number) && number < 0);
-    EXPECT_FALSE(parseDisplayNumber("PK", number, suffix));
-    EXPECT_FALSE(parseDisplayNumber("inf", number, suffix));
-    EXPECT_FALSE(parseDisplayNumber("", number, suffix));
+    for (const char* text : {"PK", "inf", ""})
+        EXPECT_FALSE(parseDisplayNumber(text, number, suffix)) << text;
 
-    EXPECT_DOUBLE_EQ(unitFactor("ms", "MS"), 1.0);
-    EXPECT_DOUBLE_EQ(unitFactor("s", "ms"), 1000.0);
-    EXPECT_DOUBLE_EQ(unitFactor("kHz", "Hz"), 1000.0);
-    EXPECT_DOUBLE_EQ(unitFactor("Hz", "kHz"), 0.001);
-    EXPECT_DOUBLE_EQ(unitFactor("ms", "Hz"), 0.0);
-    EXPECT_DOUBLE_EQ(unitFactor("dB", "%"), 0.0);
+    const std::tuple<const char*, const char*, double> factors[] = {
+        {"ms", "MS", 1.0},     {"s", "ms", 1000.0}, {"kHz", "Hz", 1000.0},
+        {"Hz", "kHz", 0.001}, {"ms", "Hz", 0.0},    {"dB", "%", 0.0}};
+    for (const auto& [from, to, factor] : factors)
+        EXPECT_DOUBLE_EQ(unitFactor(from, to), factor) << from << " -> " << to;
 }
 
 TEST(SampleFormats, NamesAreRecognised) {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <tuple>
 
 using namespace vsthost;
 
@@ -55,10 +55,8 @@ TEST_F(HostCallback, TimeInfoAdvancesWithProcessing) {
     EXPECT_EQ(t.tempo, 120.0);
     EXPECT_EQ(t.timeSigNumerator, 4);
     EXPECT_EQ(t.timeSigDenominator, 4);
-    const VstInt32 needed = kVstTempoValid | kVstPpqPosValid | kVstTimeSigValid | kVstBarsValid |
-                            kVstTransportPlaying;
+    const VstInt32 needed = kVstTempoValid | kVstPpqPosValid | kVstTimeSigValid | kVstBarsValid | kVstTransportPlaying;
     EXPECT_EQ(t.flags & needed, needed);
-
     processBlocks(3);
     t = time();
     EXPECT_EQ(t.samplePos, 1536.0);
@@ -95,16 +93,13 @@ TEST_F(HostCallback, TempoRateBlockSizeAndDirectory) {
 }
 
 TEST_F(HostCallback, CanDoAndPins) {
-    char text[64];
-    strcpy(text, "sendVstTimeInfo");
-    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, text), 1);
-    strcpy(text, "sizeWindow");
-    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, text), 0);
+    char sendTime[] = "sendVstTimeInfo", sizeWindow[] = "sizeWindow";
+    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sendTime), 1);
+    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sizeWindow), 0);
     EXPECT_EQ(ask(audioMasterCanDo, 0, 0, nullptr), 0);
     const CallbackLog log = host->callbackLog();
     ASSERT_GE(log.canDoQueries.size(), 2u);
-    EXPECT_EQ(log.canDoQueries[log.canDoQueries.size() - 1], "sizeWindow");
-
+    EXPECT_EQ(log.canDoQueries.back(), "sizeWindow");
     // The interface's convention: 0 means "connected".
     EXPECT_EQ(ask(audioMasterPinConnected, 0, 0), 0);
     EXPECT_EQ(ask(audioMasterPinConnected, 1, 1), 0);
@@ -120,15 +115,12 @@ TEST_F(HostCallback, RecordsAutomationEditsAndDisplayUpdates) {
     ask(audioMasterUpdateDisplay);
     ask(audioMasterUpdateDisplay);
     EXPECT_EQ(ask(9999), 0);
-
     const CallbackLog log = host->callbackLog();
     ASSERT_EQ(log.automation.size(), 2u);
     EXPECT_EQ(log.automation[0].index, 5);
     EXPECT_EQ(log.automation[0].value, 0.25f);
     EXPECT_EQ(log.automation[1].index, 61);
-    EXPECT_EQ(log.beginEdit, 1);
-    EXPECT_EQ(log.endEdit, 1);
-    EXPECT_EQ(log.updateDisplay, 2);
+    EXPECT_EQ(std::make_tuple(log.beginEdit, log.endEdit, log.updateDisplay), std::make_tuple(1, 1, 2));
     EXPECT_EQ(log.unknownOpcodes, std::vector<VstInt32>{9999});
 }
 
@@ -138,6 +130,5 @@ TEST_F(HostCallback, ThePlugInAsksForTheTempoWhenItFollowsIt) {
     host->setParam(tempoSync, 1.0f);
     host->clearCallbackLog();
     processBlocks(4);
-    const CallbackLog log = host->callbackLog();
-    EXPECT_GE(log.tempoAt + log.getTime, 4);
+    EXPECT_GE(host->callbackLog().tempoAt + host->callbackLog().getTime, 4);
 }

@@ -27,13 +27,8 @@ std::map<std::string, CheckOutcome> validate(const std::string& fault, const std
 }
 
 const char* statusName(CheckOutcome::Status s) {
-    switch (s) {
-    case CheckOutcome::Status::Pass: return "PASS";
-    case CheckOutcome::Status::Fail: return "FAIL";
-    case CheckOutcome::Status::Skip: return "SKIP";
-    case CheckOutcome::Status::Warn: return "WARN";
-    }
-    return "?";
+    static const char* const names[] = {"PASS", "FAIL", "SKIP", "WARN"};
+    return names[int(s)];
 }
 
 // `why` is a part of the detail; "|" separates alternatives.
@@ -78,17 +73,15 @@ TEST(Validator, ChecksCanBeChosenByName) {
     EXPECT_EQ(outcomes.begin()->first, "chunks round-trip bit for bit");
 }
 
-TEST(Validator, CommandLineExitStatusAndSummary) {
-    const std::string base = std::string(VSTHOST_EXE) + " validate " + FAULTY_PLUGIN_PATH +
-                             " --only finite > /dev/null";
-    int status = std::system(base.c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    status = std::system(("VSTHOST_FAULT=nan " + base).c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 1);
+TEST(Validator, CommandLineExitStatus) {
+    auto exitStatus = [](const std::string& command) {
+        const int status = std::system(command.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    };
+    const std::string base =
+        std::string(VSTHOST_EXE) + " validate " + FAULTY_PLUGIN_PATH + " --only finite > /dev/null";
+    EXPECT_EQ(exitStatus(base), 0);
+    EXPECT_EQ(exitStatus("VSTHOST_FAULT=nan " + base), 1);
     // A plug-in that cannot be loaded at all is an error too.
-    status = std::system((std::string(VSTHOST_EXE) + " validate /nonexistent/x.so 2> /dev/null").c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_EQ(exitStatus(std::string(VSTHOST_EXE) + " validate /nonexistent/x.so 2> /dev/null"), 1);
 }
