@@ -45,16 +45,6 @@ protected:
 
 }  // namespace
 
-TEST_F(ToolkitFile, CreateOnAnExistingFileLeavesItEmptyWithoutAnyWrite) {
-    const std::string path = Path("TapDelayDef.fxb");
-    WriteBytes(path, std::string(17824, 'x'));
-    CFile file;
-    ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));
-    EXPECT_TRUE(file.Close());
-    EXPECT_TRUE(Exists(path));
-    EXPECT_EQ(ReadBytes(path), "");
-}
-
 TEST_F(ToolkitFile, WrittenBytesReadBackInOrder) {
     const std::string path = Path("bank.fxb");
     const std::string bytes("CcnK\0\0\0\0FBCh\x80\xff", 14);
@@ -75,9 +65,23 @@ TEST_F(ToolkitFile, WrittenBytesReadBackInOrder) {
 }
 
 TEST_F(ToolkitFile, ModeFlagsAreTestedCreateThenReadWriteThenWrite) {
-    const std::string path = Path("modes.bin");
-    WriteBytes(path, "old contents");
+    const std::string path = Path("TapDelayDef.fxb");
     CFile file;
+    EXPECT_FALSE(file.Open(path.c_str(), kReadBinary));  // reading never creates ...
+    EXPECT_FALSE(Exists(path));
+    WriteBytes(path, "keep");
+    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
+    file.Write("zz", 2);  // ... nor writes
+    file.Close();
+    EXPECT_EQ(ReadBytes(path), "keep");
+
+    WriteBytes(path, std::string(17824, 'x'));
+    ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));  // empties the file without any write
+    EXPECT_TRUE(file.Close());
+    EXPECT_TRUE(Exists(path));
+    EXPECT_EQ(ReadBytes(path), "");
+
+    WriteBytes(path, "old contents");
     ASSERT_TRUE(file.Open(path.c_str(), CFile::modeReadWrite));  // "w+b": truncates and reads back
     file.Write("abcdef", 6);
     EXPECT_EQ(file.Seek(2, CFile::begin), 2u);
@@ -102,18 +106,6 @@ TEST_F(ToolkitFile, ModeFlagsAreTestedCreateThenReadWriteThenWrite) {
     file.Write("new", 3);
     file.Close();
     EXPECT_EQ(ReadBytes(path), "new");
-}
-
-TEST_F(ToolkitFile, ReadModeNeverCreatesOrTruncates) {
-    const std::string path = Path("absent.fxb");
-    CFile file;
-    EXPECT_FALSE(file.Open(path.c_str(), kReadBinary));
-    EXPECT_FALSE(Exists(path));
-    WriteBytes(path, "keep");
-    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
-    file.Write("zz", 2);  // a read-only stream: nothing is written
-    file.Close();
-    EXPECT_EQ(ReadBytes(path), "keep");
 }
 
 TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {

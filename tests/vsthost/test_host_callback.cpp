@@ -123,12 +123,3 @@ TEST_F(HostCallback, RecordsAutomationEditsAndDisplayUpdates) {
     EXPECT_EQ(std::make_tuple(log.beginEdit, log.endEdit, log.updateDisplay), std::make_tuple(1, 1, 2));
     EXPECT_EQ(log.unknownOpcodes, std::vector<VstInt32>{9999});
 }
-
-TEST_F(HostCallback, ThePlugInAsksForTheTempoWhenItFollowsIt) {
-    const int tempoSync = host->findParam("TempoSync");
-    ASSERT_GE(tempoSync, 0);
-    host->setParam(tempoSync, 1.0f);
-    host->clearCallbackLog();
-    processBlocks(4);
-    EXPECT_GE(host->callbackLog().tempoAt + host->callbackLog().getTime, 4);
-}
