@@ -9,18 +9,6 @@
 
 namespace {
 
-const char* GroupName(int index) {
-    static const char* const kGlobalNames[] = {"ON/OFF", "Output", "Input"};
-    static const char* const kTapGroups[] = {"DelayTime%d",    "DelayGain%d",    "DelayPan%d",
-                                             "DelayON/OFF%d",  "FilterCutoff%d", "FilterType%d",
-                                             "FilterGain%d",   "FilterQ%d",      "FilterON/OFF%d"};
-    static const char* const kTailNames[] = {"FeedBackON/OFF", "FeedBack", "Balance", "TempoSync",
-                                             "SyncNote"};
-    if (index < kParamDelayTime) return kGlobalNames[index];
-    if (index < kParamFeedBackOnOff) return kTapGroups[(index - kParamDelayTime) / kNumTaps];
-    return kTailNames[index - kParamFeedBackOnOff];
-}
-
 const char* LabelOf(int index) {
     if (IsGainParam(index)) return "dB";
     if (index >= kParamDelayTime && index < kParamDelayTime + kNumTaps) return "ms";
@@ -48,13 +36,7 @@ float ATapDelay::getParameter(VstInt32 index) {
     return params[index];
 }
 
-void ATapDelay::getParameterName(VstInt32 index, char* text) {
-    if (!IsValidParam(index)) {
-        *text = 0;
-        return;
-    }
-    std::sprintf(text, GroupName(index), TapOfParam(index));
-}
+void ATapDelay::getParameterName(VstInt32 index, char* text) { GetParamName(index, text); }
 
 void ATapDelay::getParameterLabel(VstInt32 index, char* label) {
     std::strcpy(label, IsValidParam(index) ? LabelOf(index) : "");

@@ -1,6 +1,7 @@
 #include "effect/ParamTable.h"
 
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
@@ -120,4 +121,21 @@ void GetParamMinMax(int index, float* min, float* max) {
         *min = ClampGainDb(index, LinearToDb(*min));
         *max = ClampGainDb(index, LinearToDb(*max));
     }
+}
+
+void GetParamName(int index, char* text) {
+    static const char* const kGlobalNames[] = {"ON/OFF", "Output", "Input"};
+    static const char* const kTapGroups[] = {"DelayTime%d",    "DelayGain%d",    "DelayPan%d",
+                                             "DelayON/OFF%d",  "FilterCutoff%d", "FilterType%d",
+                                             "FilterGain%d",   "FilterQ%d",      "FilterON/OFF%d"};
+    static const char* const kTailNames[] = {"FeedBackON/OFF", "FeedBack", "Balance", "TempoSync",
+                                             "SyncNote"};
+    if (!IsValidParam(index))
+        *text = 0;
+    else if (index < kParamDelayTime)
+        std::sprintf(text, "%s", kGlobalNames[index]);
+    else if (index >= kParamFeedBackOnOff)
+        std::sprintf(text, "%s", kTailNames[index - kParamFeedBackOnOff]);
+    else
+        std::sprintf(text, kTapGroups[(index - kParamDelayTime) / kNumTaps], TapOfParam(index));
 }

@@ -47,6 +47,8 @@ float ValToNormalizeValue(int index, float value);
 float NormalizeValToInternalVal(int index, float normalised);
 uint32_t NormalizeValToDWValue(int index, float normalised);
 void GetParamMinMax(int index, float* min, float* max);
+// The parameter's name as the host sees it ("DelayTime3"); "" outside 0..61.
+void GetParamName(int index, char* text);
 
 // 6 dB per doubling, the rule used for every gain in the plug-in.
 float LinearToDb(float linear);

@@ -113,17 +113,8 @@ bool ParseGain(int index, double dB, float* normalised, std::string* error) {
 }
 
 std::string ParamName(int index) {
-    static const char* const kGlobalNames[] = {"ON/OFF", "Output", "Input"};
-    static const char* const kTapGroups[] = {"DelayTime%d",   "DelayGain%d",    "DelayPan%d",
-                                             "DelayON/OFF%d", "FilterCutoff%d", "FilterType%d",
-                                             "FilterGain%d",  "FilterQ%d",      "FilterON/OFF%d"};
-    static const char* const kTailNames[] = {"FeedBackON/OFF", "FeedBack", "Balance", "TempoSync",
-                                             "SyncNote"};
-    if (index < kParamDelayTime) return kGlobalNames[index];
-    if (index >= kParamFeedBackOnOff) return kTailNames[index - kParamFeedBackOnOff];
     char text[32];
-    std::snprintf(text, sizeof text, kTapGroups[(index - kParamDelayTime) / kNumTaps],
-                  TapOfParam(index));
+    GetParamName(index, text);
     return text;
 }
 
