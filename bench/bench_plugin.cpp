@@ -101,10 +101,11 @@ int main(int argc, char** argv) {
         {"six taps, six filters, feedback 50 % (float)", true, false},
         {"six taps, filters off, feedback 50 % (float)", false, false},
         {"six taps, six filters, feedback 50 % (double)", true, true},
+        {"six taps, filters off, feedback 50 % (double)", false, true},
     };
     std::printf("TapDelay.so at %d Hz, %d-frame blocks, %.0f s of audio per run, best of %d\n",
                 kRate, kBlock, seconds, runs);
-    for (int index = 0; index < 3; index++) {
+    for (int index = 0; index < 4; index++) {
         if (only >= 0 && index != only) continue;
         const Setting& setting = settings[index];
         double best = 1e9;

@@ -6,6 +6,7 @@
 #include <emmintrin.h>
 
 #include "dsp/FlushTiny.h"
+#include "dsp/VectorDispatch.h"
 
 namespace {
 
@@ -126,8 +127,10 @@ void CBiquadFilter::FeedForward(const double* in, double* out, int n) {
     out[0] = b0 * in[0] + b1 * m_x1 + b2 * m_x2;
     if (n > 1)
         out[1] = b0 * in[1] + b1 * in[0] + b2 * m_x1;
-    for (int i = 2; i < n; ++i)
-        out[i] = b0 * in[i] + b1 * in[i - 1] + b2 * in[i - 2];
+    RunVectorised([&]() VECTOR_LOOP {
+        for (int i = 2; i < n; ++i)
+            out[i] = b0 * in[i] + b1 * in[i - 1] + b2 * in[i - 2];
+    });
     m_x2 = n > 1 ? in[n - 2] : m_x1;
     m_x1 = in[n - 1];
 }

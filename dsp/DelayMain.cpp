@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "dsp/VectorDispatch.h"
+
 namespace {
 
 // Far above 4000 ms at any usual rate; only nonsense times reach it.
@@ -27,7 +29,7 @@ struct PanGain {
     double ll, lr, rl, rr, g;
 
     template <bool LeftUnity, bool RightUnity>
-    void Apply(double y, double& left, double& right) const {
+    VECTOR_LOOP void Apply(double y, double& left, double& right) const {
         const double panned = ((LeftUnity ? y : y * ll) + y * lr) * g;
         left = panned;
         right = ((RightUnity ? y : y * rr) + panned * rl) * g;
@@ -35,7 +37,7 @@ struct PanGain {
 };
 
 template <class Body>
-void WithPanShape(const PanGain& pan, Body body) {
+inline VECTOR_LOOP void WithPanShape(const PanGain& pan, Body body) {
     if (pan.ll == 1.0) {
         if (pan.rr == 1.0)
             body(std::true_type(), std::true_type());
@@ -172,7 +174,7 @@ void DelayMain::InitFilter() {
 // one line length ago while x + fb y takes its place. A delay time of exactly
 // 0 passes the input straight through and leaves the line alone.
 template <class Emit>
-void DelayMain::RunLine(const double* in, int n, Emit emit) {
+inline VECTOR_LOOP void DelayMain::RunLine(const double* in, int n, Emit emit) {
     if (m_delayTime == 0.0f) {
         for (int i = 0; i < n; ++i)
             emit(i, in[i]);
@@ -203,7 +205,9 @@ void DelayMain::RunLine(const double* in, int n, Emit emit) {
 
 void DelayMain::LineToScratch(const double* in, int n) {
     double* const __restrict delayed = m_scratch.data();
-    RunLine(in, n, [delayed](int i, double y) { delayed[i] = y; });
+    RunVectorised([&]() VECTOR_LOOP {
+        RunLine(in, n, [delayed](int i, double y) VECTOR_LOOP { delayed[i] = y; });
+    });
 }
 
 // Pan and gain: L' = (L ll + R lr) g, R' = (R rr + L' rl) g. Both channels
@@ -213,9 +217,11 @@ void DelayMain::LineToOutputs(const double* in, double* left, double* right, int
     const PanGain pan{m_leftFromLeft, m_leftFromRight, m_rightFromLeft, m_rightFromRight, m_gain};
     double* const __restrict outL = left;
     double* const __restrict outR = right;
-    WithPanShape(pan, [&](auto leftUnity, auto rightUnity) {
-        RunLine(in, n, [&](int i, double y) {
-            pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(y, outL[i], outR[i]);
+    RunVectorised([&]() VECTOR_LOOP {
+        WithPanShape(pan, [&](auto leftUnity, auto rightUnity) VECTOR_LOOP {
+            RunLine(in, n, [&](int i, double y) VECTOR_LOOP {
+                pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(y, outL[i], outR[i]);
+            });
         });
     });
 }
@@ -224,9 +230,11 @@ void DelayMain::LineToOutputs(const double* in, double* left, double* right, int
 void DelayMain::PanInPlace(double* left, double* right, int n) const {
     const PanGain pan{m_leftFromLeft, m_leftFromRight, m_rightFromLeft, m_rightFromRight, m_gain};
     double* const __restrict outR = right;
-    WithPanShape(pan, [&](auto leftUnity, auto rightUnity) {
-        for (int i = 0; i < n; ++i)
-            pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(left[i], left[i], outR[i]);
+    RunVectorised([&]() VECTOR_LOOP {
+        WithPanShape(pan, [&](auto leftUnity, auto rightUnity) VECTOR_LOOP {
+            for (int i = 0; i < n; ++i)
+                pan.Apply<decltype(leftUnity)::value, decltype(rightUnity)::value>(left[i], left[i], outR[i]);
+        });
     });
 }
 

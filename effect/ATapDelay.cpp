@@ -139,11 +139,9 @@ void ATapDelay::processReplacing(float** inputs, float** outputs, VstInt32 sampl
     std::unique_ptr<double[]> buffer(new double[4 * (size_t)sampleFrames]);
     double* in[2] = {buffer.get(), buffer.get() + sampleFrames};
     double* out[2] = {buffer.get() + 2 * sampleFrames, buffer.get() + 3 * sampleFrames};
-    for (int c = 0; c < 2; c++)
-        for (VstInt32 i = 0; i < sampleFrames; i++) in[c][i] = inputs[c][i];
+    for (int c = 0; c < 2; c++) WidenToDouble(inputs[c], in[c], sampleFrames);
     processDoubleReplacing(in, out, sampleFrames);
-    for (int c = 0; c < 2; c++)
-        for (VstInt32 i = 0; i < sampleFrames; i++) outputs[c][i] = (float)out[c][i];
+    for (int c = 0; c < 2; c++) NarrowToFloat(out[c], outputs[c], sampleFrames);
 }
 
 void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) {

@@ -2,10 +2,12 @@
 
 #include <emmintrin.h>
 
+#include "dsp/VectorDispatch.h"
+
 namespace {
 
 // Largest absolute value, two SSE2 lanes at a time.
-double PeakOf(const double* samples, int count, double peak) {
+inline VECTOR_LOOP double PeakOf(const double* samples, int count, double peak) {
     const __m128d signMask = _mm_castsi128_pd(_mm_set1_epi64x(0x7FFFFFFFFFFFFFFFLL));
     __m128d lanes = _mm_set1_pd(peak);
     __m128d more = lanes;
@@ -27,7 +29,7 @@ double PeakOf(const double* samples, int count, double peak) {
 
 // One pass with the tap count fixed at compile time, so the loop vectorises.
 template <int Taps>
-void Mix(const double* in, const double* const* taps, double* out, int count, double dry,
+inline VECTOR_LOOP void Mix(const double* in, const double* const* taps, double* out, int count, double dry,
          double wet, double gain) {
     for (int i = 0; i < count; i++) {
         double sum = in[i] * dry;
@@ -39,20 +41,39 @@ void Mix(const double* in, const double* const* taps, double* out, int count, do
 }  // namespace
 
 double ApplyGainAndPeak(double* samples, int count, double gain) {
-    for (int i = 0; i < count; i++) samples[i] *= gain;
-    return PeakOf(samples, count, 0.0);
+    double peak = 0.0;
+    RunVectorised([&]() VECTOR_LOOP {
+        for (int i = 0; i < count; i++) samples[i] *= gain;
+        peak = PeakOf(samples, count, 0.0);
+    });
+    return peak;
 }
 
 double MixTapsAndPeak(const double* in, const double* const* taps, int tapCount, double* out,
                       int count, double dry, double wet, double gain, double peak) {
-    switch (tapCount) {
-        case 0: Mix<0>(in, taps, out, count, dry, wet, gain); break;
-        case 1: Mix<1>(in, taps, out, count, dry, wet, gain); break;
-        case 2: Mix<2>(in, taps, out, count, dry, wet, gain); break;
-        case 3: Mix<3>(in, taps, out, count, dry, wet, gain); break;
-        case 4: Mix<4>(in, taps, out, count, dry, wet, gain); break;
-        case 5: Mix<5>(in, taps, out, count, dry, wet, gain); break;
-        default: Mix<6>(in, taps, out, count, dry, wet, gain); break;
-    }
-    return PeakOf(out, count, peak);
+    RunVectorised([&]() VECTOR_LOOP {
+        switch (tapCount) {
+            case 0: Mix<0>(in, taps, out, count, dry, wet, gain); break;
+            case 1: Mix<1>(in, taps, out, count, dry, wet, gain); break;
+            case 2: Mix<2>(in, taps, out, count, dry, wet, gain); break;
+            case 3: Mix<3>(in, taps, out, count, dry, wet, gain); break;
+            case 4: Mix<4>(in, taps, out, count, dry, wet, gain); break;
+            case 5: Mix<5>(in, taps, out, count, dry, wet, gain); break;
+            default: Mix<6>(in, taps, out, count, dry, wet, gain); break;
+        }
+        peak = PeakOf(out, count, peak);
+    });
+    return peak;
+}
+
+void WidenToDouble(const float* in, double* out, int count) {
+    RunVectorised([&]() VECTOR_LOOP {
+        for (int i = 0; i < count; i++) out[i] = in[i];
+    });
+}
+
+void NarrowToFloat(const double* in, float* out, int count) {
+    RunVectorised([&]() VECTOR_LOOP {
+        for (int i = 0; i < count; i++) out[i] = (float)in[i];
+    });
 }
