@@ -80,14 +80,17 @@ double* CBiquadFilter::CalcCoefficients(double sampleRate, double frequency, dou
 
 // Rolling the history sample by sample gives the same numbers as taking the
 // first two samples from the stored history, and also covers blocks of 1 and 2.
-void CBiquadFilter::OperateFilter(const double* in, double* out, int n) {
+// Sample is the block's type; the arithmetic is double either way and each
+// result is flushed in the block's own precision.
+template <class Sample, class Flush>
+void CBiquadFilter::Run(const Sample* in, Sample* out, int n, Flush flush) {
     if (n <= 0)
         return;
     const double b0 = m_b0, b1 = m_b1, b2 = m_b2, a1 = m_a1, a2 = m_a2;
     double x1 = m_x1, x2 = m_x2, y1 = m_y1, y2 = m_y2;
     for (int i = 0; i < n; ++i) {
         const double x = in[i];
-        const double y = FlushTiny(b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2);
+        const Sample y = flush(Sample(b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2));
         out[i] = y;
         x2 = x1;
         x1 = x;
@@ -100,24 +103,12 @@ void CBiquadFilter::OperateFilter(const double* in, double* out, int n) {
     m_y2 = y2;
 }
 
+void CBiquadFilter::OperateFilter(const double* in, double* out, int n) {
+    Run(in, out, n, [](double y) { return FlushTiny(y); });
+}
+
 void CBiquadFilter::OperateFilter(const float* in, float* out, int n) {
-    if (n <= 0)
-        return;
-    const double b0 = m_b0, b1 = m_b1, b2 = m_b2, a1 = m_a1, a2 = m_a2;
-    double x1 = m_x1, x2 = m_x2, y1 = m_y1, y2 = m_y2;
-    for (int i = 0; i < n; ++i) {
-        const double x = in[i];
-        const float y = FlushFloat(float(b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2));
-        out[i] = y;
-        x2 = x1;
-        x1 = x;
-        y2 = y1;
-        y1 = y;
-    }
-    m_x1 = x1;
-    m_x2 = x2;
-    m_y1 = y1;
-    m_y2 = y2;
+    Run(in, out, n, [](float y) { return FlushFloat(y); });
 }
 
 // The feed-forward half of the recurrence, (b0 x + b1 x1) + b2 x2, for a

@@ -49,6 +49,8 @@ private:
     double m_y1 = 0.0;
     double m_y2 = 0.0;
 
+    template <class Sample, class Flush>
+    void Run(const Sample* in, Sample* out, int n, Flush flush);
     void FeedForward(const double* in, double* out, int n);
     template <int Chains>
     static void FeedBack(CBiquadFilter* const filters[], double* const blocks[], int count, int n);
