@@ -110,6 +110,18 @@ void ATapDelay::suspend() {
     for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
 }
 
+// The host's own bypass button: the same active flag as suspend and resume,
+// without clearing the delay lines, so echoes pick up again where they were.
+bool ATapDelay::setBypass(bool onOff) {
+    float active = onOff ? 0.0f : 1.0f;
+    {
+        CSingleLock lock(engineLock);
+        params[kParamOnOff] = active;
+    }
+    if (editorView) editorView->UpdateControl(kParamOnOff, active);
+    return true;
+}
+
 VstInt32 ATapDelay::startProcess() {
     for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
     return 0;

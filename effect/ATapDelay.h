@@ -42,6 +42,7 @@ public:
     void setSampleRate(float sampleRate) override;
     void setBlockSize(VstInt32 blockSize) override;
     VstInt32 startProcess() override;
+    bool setBypass(bool onOff) override;
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     void processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) override;
 

@@ -102,6 +102,22 @@ TEST_F(Processing, InputGainWorksInPlaceOnDoubleBuffersOnly) {
     for (float s : floatRight) EXPECT_EQ(s, -0.5f);
 }
 
+TEST_F(Processing, HostBypassPassesAudioThroughAndBack) {
+    plugin.setParameter(59, 1.0f);
+    EXPECT_EQ(plugin.dispatch(effSetBypass, 0, 1), 0);
+    EXPECT_EQ(plugin.display(0), "OFF");
+    std::vector<double> left = Noise(256, 21), right = Noise(256, 22);
+    auto [outLeft, outRight] = run(left, right);
+    EXPECT_EQ(outLeft, left);
+    EXPECT_EQ(outRight, right);
+    plugin.dispatch(effSetBypass, 0, 0);
+    EXPECT_EQ(plugin.display(0), "ON");
+    std::vector<double> impulse(1024, 0.0), silence(1024, 0.0);
+    impulse[0] = 1.0;
+    auto [wetLeft, wetRight] = run(impulse, silence);
+    EXPECT_NE(wetLeft[441], 0.0);
+}
+
 TEST_F(Processing, SingleAndDoublePrecisionAgree) {
     PluginUnderTest other;
     other.prepare(44100.0f, 512);
