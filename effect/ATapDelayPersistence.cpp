@@ -103,8 +103,8 @@ VstInt32 ATapDelay::getChunk(void** data, bool isPreset) {
 }
 
 VstInt32 ATapDelay::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
-    CSingleLock lock(engineLock);
     if (data && byteSize > 0) {
+        CSingleLock lock(engineLock);
         if (isPreset) {
             std::memcpy(&programs[curProgram], data, (size_t)std::min(byteSize, kProgramBytes));
         } else {

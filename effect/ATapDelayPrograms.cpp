@@ -57,26 +57,34 @@ bool ATapDelay::IsProgramChanged() {
                        kProgramValueBytes) != 0;
 }
 
+// The operations below hold the engine lock only while they copy records; the
+// reload locks parameter by parameter, so the audio thread never waits for all of it.
 void ATapDelay::AfterProgramOperation() {
     setProgram(curProgram);
     if (hasHost()) updateDisplay();
 }
 
 void ATapDelay::ProgramToInitial() {
-    CSingleLock lock(engineLock);
-    programs[curProgram] = initialPrograms[curProgram];
+    {
+        CSingleLock lock(engineLock);
+        programs[curProgram] = initialPrograms[curProgram];
+    }
     AfterProgramOperation();
 }
 
 void ATapDelay::ProgramToAllInitial() {
-    CSingleLock lock(engineLock);
-    std::memcpy(programs, initialPrograms, sizeof programs);
+    {
+        CSingleLock lock(engineLock);
+        std::memcpy(programs, initialPrograms, sizeof programs);
+    }
     AfterProgramOperation();
 }
 
 void ATapDelay::ProgramToFactory() {
-    CSingleLock lock(engineLock);
-    programs[curProgram] = factoryPrograms[curProgram];
+    {
+        CSingleLock lock(engineLock);
+        programs[curProgram] = factoryPrograms[curProgram];
+    }
     AfterProgramOperation();
     if (editorView) editorView->UpdateModify();
 }
@@ -86,7 +94,9 @@ void ATapDelay::ProgramToFactory() {
 void ATapDelay::ProgramToAllFactory() {}
 
 void ATapDelay::CopyPgFrom(int source) {
-    CSingleLock lock(engineLock);
-    if (IsValidProgram(source)) programs[curProgram] = programs[source];
+    {
+        CSingleLock lock(engineLock);
+        if (IsValidProgram(source)) programs[curProgram] = programs[source];
+    }
     AfterProgramOperation();
 }
