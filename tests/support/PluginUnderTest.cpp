@@ -142,17 +142,6 @@ void PluginUnderTest::processDouble(std::vector<double>& left, std::vector<doubl
     m_effect->processDoubleReplacing(m_effect, in, out, (VstInt32)left.size());
 }
 
-TempFolder::TempFolder() {
-    char pattern[] = "/tmp/tapdelay-test-XXXXXX";
-    const char* made = mkdtemp(pattern);
-    m_path = std::string(made ? made : "/tmp") + "/";
-}
-
-TempFolder::~TempFolder() {
-    std::string command = "rm -rf '" + m_path + "'";
-    if (m_path.size() > 5) std::system(command.c_str());
-}
-
 IsolatedPreferences::IsolatedPreferences() {
     const char* previous = std::getenv("XDG_CONFIG_HOME");
     m_hadPrevious = previous != nullptr;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/VstAbi.h"
+#include "tests/support/TempFolder.h"
 
 struct HostCall {
     VstInt32 opcode;
@@ -68,17 +69,6 @@ private:
 
     AEffect* m_effect = nullptr;
     std::mutex m_callsLock;  // the plug-in may call back from the audio thread
-};
-
-// A fresh, empty folder under /tmp, removed with its contents at destruction.
-class TempFolder {
-public:
-    TempFolder();
-    ~TempFolder();
-    const std::string& path() const { return m_path; }  // ends in "/"
-
-private:
-    std::string m_path;
 };
 
 // Points XDG_CONFIG_HOME at a temporary folder for the life of the object, so

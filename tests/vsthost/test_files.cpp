@@ -7,21 +7,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
+#include "tests/support/TempFolder.h"
 
 using namespace vsthost;
 
 namespace {
-
-class TempFolder {
-public:
-    TempFolder() : path_(mkdtemp(pattern_)) {}
-    ~TempFolder() { std::system(("rm -rf '" + path_ + "'").c_str()); }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    char pattern_[32] = "/tmp/vsthost-test-XXXXXX";
-    std::string path_;
-};
 
 // File bytes written out by hand: big-endian words, texts in fixed fields.
 struct Bytes {

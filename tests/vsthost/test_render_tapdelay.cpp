@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <unistd.h>
+#include "tests/support/TempFolder.h"
 
 using namespace vsthost;
 
@@ -77,17 +78,6 @@ std::pair<size_t, float> loudest(const std::vector<float>& x) {
             at = i;
     return {at, x[at]};
 }
-
-class TempFolder {
-public:
-    TempFolder() : path_(mkdtemp(pattern_)) {}
-    ~TempFolder() { std::system(("rm -rf '" + path_ + "'").c_str()); }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    char pattern_[32] = "/tmp/vsthost-render-XXXXXX";
-    std::string path_;
-};
 
 }  // namespace
 
