@@ -1,0 +1,77 @@
+// artwork [--scale N] [--out DIR] [--preview FILE]
+// Draws the editor's pictures at N times their size (1 by default) and
+// writes them to DIR as <resource number>.png; --preview writes the whole
+// face composed as the editor shows it.
+#include <cairo.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "tools/artwork/Picture.h"
+#include "tools/artwork/Preview.h"
+
+namespace {
+
+int Usage()
+{
+    std::fprintf(stderr, "usage: artwork [--scale N] [--out DIR] [--preview FILE]\n"
+                         "  writes <id>.png for every editor picture into DIR, and/or a\n"
+                         "  composed preview of the editor face; N is 1 to 4 (default 1)\n");
+    return 2;
+}
+
+bool WriteAll(const std::string& folder, int scale)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) {
+        std::fprintf(stderr, "artwork: cannot create %s: %s\n", folder.c_str(), error.message().c_str());
+        return false;
+    }
+    for (const artwork::Picture& picture : artwork::AllPictures()) {
+        const std::string path = folder + "/" + std::to_string(picture.id) + ".png";
+        cairo_surface_t* surface = artwork::RenderPicture(picture, scale);
+        const cairo_status_t status = cairo_surface_write_to_png(surface, path.c_str());
+        cairo_surface_destroy(surface);
+        if (status != CAIRO_STATUS_SUCCESS) {
+            std::fprintf(stderr, "artwork: cannot write %s: %s\n", path.c_str(), cairo_status_to_string(status));
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    int scale = 1;
+    std::string folder, preview;
+    for (int i = 1; i < argc; i++) {
+        const bool hasValue = i + 1 < argc;
+        if (!std::strcmp(argv[i], "--scale") && hasValue)
+            scale = std::atoi(argv[++i]);
+        else if (!std::strcmp(argv[i], "--out") && hasValue)
+            folder = argv[++i];
+        else if (!std::strcmp(argv[i], "--preview") && hasValue)
+            preview = argv[++i];
+        else
+            return Usage();
+    }
+    if (scale < 1 || scale > 4 || (folder.empty() && preview.empty()))
+        return Usage();
+
+    bool ok = true;
+    if (!folder.empty())
+        ok = WriteAll(folder, scale);
+    if (ok && !preview.empty()) {
+        ok = artwork::WritePreview(preview, scale);
+        if (!ok)
+            std::fprintf(stderr, "artwork: cannot write %s\n", preview.c_str());
+    }
+    cairo_debug_reset_static_data();
+    return ok ? 0 : 1;
+}
