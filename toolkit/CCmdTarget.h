@@ -65,6 +65,7 @@ public:                                         \
     const AFX_MSGMAP* theClass::GetThisMessageMap() {                                 \
         typedef theClass ThisClass;                                                   \
         typedef baseClass TheBaseClass;                                               \
+        static_assert(sizeof(ThisClass) > 0, "complete class");                       \
         static const AFX_MSGMAP_ENTRY messageEntries[] = {
 
 #define END_MESSAGE_MAP()                                                    \

@@ -102,7 +102,8 @@ public:
 protected:
     void Touched(const CRect& area) override;
     CWnd* m_window;
-    CRect m_touched;
+    HWND m_hwnd = nullptr;  // to tell whether m_window still exists
+    CRect m_touched;        // in the target's coordinates
 };
 
 // The DC of the current WM_PAINT, clipped to the window's update rectangle.

@@ -113,6 +113,12 @@ public:
 
     virtual void DoDataExchange(CDataExchange* dx) {}
 
+    // True for windows that take typed text (edit fields): focusing or
+    // clicking one gives its root's native window the keyboard focus, which
+    // goes back when it loses the focus, hides or is destroyed. By default
+    // true for classes derived from the one registered as "CEdit".
+    virtual bool WantsKeyboard() const;
+
     // The root's native window and the connection it lives on (null for a
     // window not yet created, or one whose root has no native window).
     UIConnection* GetConnection() const;
@@ -159,6 +165,8 @@ private:
     CRect m_updateRect;
     const MSG* m_currentMsg = nullptr;
     struct RootData* m_root = nullptr;  // non-null for roots
+    std::vector<CWnd*> m_owned;         // popups and dialogs this window owns
+    bool m_destroying = false;
 };
 
 // Sends to a window that may be null (null answers 0).

@@ -35,6 +35,7 @@ class CBitmap : public CGdiObject {
     DECLARE_DYNCREATE(CBitmap)
 public:
     CBitmap() = default;
+    ~CBitmap() override;
 
     // Decodes "<id>.png" (id in decimal, no leading zeros) from the resource
     // folder (AfxGetResourceFolder). False, and empty, when it is missing or
@@ -61,6 +62,7 @@ class CFont : public CGdiObject {
     DECLARE_DYNCREATE(CFont)
 public:
     CFont() = default;
+    ~CFont() override;
 
     // face at pointSize points, one point a pixel. fontconfig picks the face,
     // or a clean sans when it is not installed; always returns TRUE.
