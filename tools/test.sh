@@ -9,6 +9,15 @@ cd "$(dirname "$0")/.."
 bash tools/setup.sh
 JOBS=${JOBS:-$(nproc)}
 
+# The X11 tests run on a virtual X server of this run's own (-noreset: a server
+# that resets when its last client leaves turns the next one away).
+XVFB_NUMBER=$(mktemp)
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
+XVFB_PID=$!
+trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
+for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
+export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
+
 configure() {  # folder, extra cmake arguments...
   local folder=$1; shift
   cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
