@@ -151,6 +151,8 @@ CWnd* UIConnection::ModalRoot() const {
     return m_modalRoots.empty() ? nullptr : CWnd::FromHandle(m_modalRoots.back());
 }
 
+CWnd* UIConnection::InputRoot() const { return CWnd::FromHandle(m_inputRoot); }
+
 bool UIConnection::AcceptsInput(CWnd* root) const {
     if (m_modalRoots.empty()) return true;
     CWnd* modal = ModalRoot();
@@ -213,6 +215,7 @@ void UIConnection::DispatchEvent(const NativeEvent& event) {
 
 void UIConnection::DispatchMouse(CWnd* root, const NativeEvent& event) {
     if (!AcceptsInput(root) || WindowTree::Root(root)->kind == RootKind::Foreign) return;
+    m_inputRoot = root->m_hWnd;
     const bool press = event.type == NativeEventType::ButtonPress;
     UINT message;
     WPARAM wParam = 0;
@@ -271,9 +274,10 @@ void UIConnection::DispatchMouse(CWnd* root, const NativeEvent& event) {
 void UIConnection::DispatchKey(CWnd* root, const NativeEvent& event) {
     if (!AcceptsInput(root)) return;
     if (event.keyCode == 0 && event.character == 0) return;
+    if (WindowTree::Root(root)->kind == RootKind::Foreign) return;
+    m_inputRoot = root->m_hWnd;
     CWnd* focus = CWnd::GetFocus();
     CWnd* target = focus && WindowTree::RootOf(focus) == root ? focus : root;
-    if (WindowTree::Root(root)->kind == RootKind::Foreign) return;
     const HWND handle = target->m_hWnd;
     if (event.type == NativeEventType::KeyRelease) {
         Deliver(handle, WM_KEYUP, event.keyCode, MAKELPARAM(1, 0xC000), event);

@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "toolkit/NativeDisplay.h"
@@ -58,6 +59,11 @@ public:
     bool RunModalLoop(std::function<bool()> keepGoing, CWnd* modalRoot);
     // The innermost modal root (null when no modal loop runs).
     CWnd* ModalRoot() const;
+    // The root that the latest mouse or key input went to (null when none or
+    // gone): a dialog without an owner opens over it.
+    CWnd* InputRoot() const;
+    // True on the thread that opened this connection (the UI thread).
+    bool OnOwnThread() const { return std::this_thread::get_id() == m_thread; }
 
     // Popup (override-redirect: menus, lists) and decorated top-level
     // (dialog) roots at screenRect, owned by owner (may be null). className
@@ -100,6 +106,8 @@ private:
     std::vector<CWnd*> m_roots;
     std::vector<HWND> m_modalRoots;
     bool m_keyboardTaken = false;
+    HWND m_inputRoot = nullptr;
+    std::thread::id m_thread = std::this_thread::get_id();
     // Double-click tracking.
     HWND m_lastClickWindow = nullptr;
     uint32_t m_lastClickTime = 0;
