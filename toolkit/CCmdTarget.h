@@ -66,16 +66,20 @@ public:                                         \
         typedef theClass ThisClass;                                                   \
         typedef baseClass TheBaseClass;                                               \
         static_assert(sizeof(ThisClass) > 0, "complete class");                       \
+        _Pragma("GCC diagnostic push")                                                \
+        _Pragma("GCC diagnostic ignored \"-Wcast-function-type\"")                    \
         static const AFX_MSGMAP_ENTRY messageEntries[] = {
 
 #define END_MESSAGE_MAP()                                                    \
     {0, 0, 0, 0, AfxSig_end, nullptr}};                                      \
+    _Pragma("GCC diagnostic pop")                                            \
     static const AFX_MSGMAP messageMap = {&TheBaseClass::GetThisMessageMap, \
                                           &messageEntries[0]};               \
     return &messageMap;                                                      \
     }
 
-// The handler's real type is checked by the static_cast, then stored untyped.
+// The handler's real type is checked by the static_cast, then stored untyped
+// (the map macros silence the compiler's warning about that cast).
 #define AFX_HANDLER(type, fn) reinterpret_cast<AFX_PMSG>(static_cast<type>(fn))
 
 #define ON_WM_CREATE() \

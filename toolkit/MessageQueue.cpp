@@ -107,13 +107,13 @@ UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT periodMs, TIMERPROC proc) {
     {
         std::lock_guard<std::mutex> lock(timers.mutex);
         if (id == 0) {
-            id = 0x7F00;
-            for (bool taken = true; taken; ++id) {
-                taken = false;
+            // Win32 hands out an id of its own for a zero one.
+            auto taken = [&](UINT_PTR candidate) {
                 for (const Timer& t : timers.list)
-                    if (t.window == window && t.id == id) taken = true;
-                if (!taken) break;
-            }
+                    if (t.window == window && t.id == candidate) return true;
+                return false;
+            };
+            for (id = 0x7F00; taken(id);) ++id;
         }
         const int64_t due = NowMs() + periodMs;
         bool found = false;
@@ -161,8 +161,9 @@ int FireDueTimers() {
         for (Timer& t : timers.list) {
             if (t.dueMs <= now) {
                 due.push_back(t);
-                // A late pump fires once, then keeps the period from now.
-                t.dueMs = now + (t.periodMs ? t.periodMs : 1);
+                // A late pump fires once, then keeps the period from now
+                // (a zero period fires at every pump).
+                t.dueMs = now + t.periodMs;
             }
         }
     }

@@ -1,0 +1,272 @@
+// Message maps, window life cycle, posted messages and timers, without any
+// native window.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "toolkit/CWinApp.h"
+#include "toolkit/CWnd.h"
+#include "toolkit/WindowTree.h"
+
+namespace {
+
+std::vector<std::string> trace;
+
+class BaseWindow : public CWnd {
+public:
+    int OnCreate(LPCREATESTRUCT cs) {
+        trace.push_back("base create " + std::string(cs->lpszName ? cs->lpszName : ""));
+        return CWnd::OnCreate(cs);
+    }
+    void OnTimer(UINT_PTR id) { trace.push_back("base timer " + std::to_string(id)); }
+    void OnFirst() { trace.push_back("base first"); }
+    void OnKeyDown(UINT key, UINT, UINT) { trace.push_back("base key " + std::to_string(key)); }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(BaseWindow, CWnd)
+    ON_WM_CREATE()
+    ON_WM_TIMER()
+    ON_WM_KEYDOWN()
+    ON_COMMAND(100, OnFirst)
+END_MESSAGE_MAP()
+
+class DerivedWindow : public BaseWindow {
+public:
+    void OnTimer(UINT_PTR id) { trace.push_back("derived timer " + std::to_string(id)); }
+    void OnRange(UINT id) { trace.push_back("range " + std::to_string(id)); }
+    void OnClicked() { trace.push_back("clicked"); }
+    void OnChange() { trace.push_back("change"); }
+    LRESULT OnPrivate(WPARAM w, LPARAM l) {
+        trace.push_back("private " + std::to_string(w) + " " + std::to_string(l));
+        return 77;
+    }
+    void OnDestroy() {
+        trace.push_back("destroy " + std::to_string(GetDlgCtrlID()));
+        CWnd::OnDestroy();
+    }
+    LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message == WM_KEYDOWN) trace.push_back("default key " + std::to_string(wParam));
+        if (message == WM_NCDESTROY) trace.push_back("ncdestroy " + std::to_string(GetDlgCtrlID()));
+        return CWnd::DefWindowProc(message, wParam, lParam);
+    }
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) {
+        trace.push_back("derived key " + std::to_string(key));
+        Default();
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(DerivedWindow, BaseWindow)
+    ON_WM_TIMER()
+    ON_WM_DESTROY()
+    ON_WM_KEYDOWN()
+    ON_COMMAND_RANGE(200, 209, OnRange)
+    ON_BN_CLICKED(300, OnClicked)
+    ON_EN_CHANGE(300, OnChange)
+    ON_MESSAGE(0x0A01, OnPrivate)
+END_MESSAGE_MAP()
+
+class RefusingWindow : public CWnd {
+public:
+    int OnCreate(LPCREATESTRUCT) { return -1; }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(RefusingWindow, CWnd)
+    ON_WM_CREATE()
+END_MESSAGE_MAP()
+
+class Recorder : public CWnd {
+public:
+    std::vector<std::pair<UINT, WPARAM>> received;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message >= WM_USER || message == WM_TIMER) received.emplace_back(message, wParam);
+        return CWnd::WindowProc(message, wParam, lParam);
+    }
+};
+
+class ToolkitMessages : public ::testing::Test {
+protected:
+    void SetUp() override {
+        trace.clear();
+        baseline = WindowTree::LiveWindowCount();
+    }
+    void TearDown() override { EXPECT_EQ(WindowTree::LiveWindowCount(), baseline); }
+    size_t baseline = 0;
+};
+
+TEST_F(ToolkitMessages, MapsAreSearchedOwnClassFirstThenBases) {
+    DerivedWindow window;
+    ASSERT_TRUE(window.Create(nullptr, "w", WS_CHILD, CRect(0, 0, 10, 10), nullptr, 1));
+    // WM_CREATE is only in the base map.
+    EXPECT_EQ(trace, std::vector<std::string>{"base create w"});
+    trace.clear();
+
+    window.SendMessage(WM_TIMER, 7);
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(100, 0));  // base's command
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(199, 0));  // below the range
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(200, 0));
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(209, 0));
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(210, 0));  // above the range
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(300, BN_CLICKED));
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(300, EN_CHANGE));
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(300, CBN_SELCHANGE));  // no entry
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(100, EN_CHANGE));      // code mismatch
+    EXPECT_EQ(window.SendMessage(0x0A01, 5, -3), 77);
+    // The derived handler's Default() runs DefWindowProc with the same message.
+    window.SendMessage(WM_KEYDOWN, 0x24, 1);
+    EXPECT_EQ(trace, (std::vector<std::string>{"derived timer 7", "base first", "range 200",
+                                               "range 209", "clicked", "change", "private 5 -3",
+                                               "derived key 36", "default key 36"}));
+}
+
+TEST_F(ToolkitMessages, RuntimeClassesAndDynamicCreation) {
+    CRuntimeClass* frameClass = CRuntimeClass::FromName("CFrameWnd");
+    ASSERT_EQ(frameClass, RUNTIME_CLASS(CFrameWnd));
+    EXPECT_TRUE(frameClass->IsDerivedFrom(RUNTIME_CLASS(CWnd)));
+    EXPECT_TRUE(frameClass->IsDerivedFrom(RUNTIME_CLASS(CObject)));
+    EXPECT_FALSE(RUNTIME_CLASS(CWnd)->IsDerivedFrom(frameClass));
+    EXPECT_EQ(CRuntimeClass::FromName("NoSuchClass"), nullptr);
+    CObject* made = frameClass->CreateObject();
+    ASSERT_NE(made, nullptr);
+    EXPECT_TRUE(made->IsKindOf(RUNTIME_CLASS(CWnd)));
+    EXPECT_STREQ(made->GetRuntimeClass()->m_lpszClassName, "CFrameWnd");
+    delete made;
+    EXPECT_EQ(RUNTIME_CLASS(CWinApp)->CreateObject(), nullptr);  // not dynamically creatable
+}
+
+TEST_F(ToolkitMessages, CreateRefusedByOnCreateLeavesNoWindow) {
+    RefusingWindow window;
+    EXPECT_FALSE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    EXPECT_EQ(window.GetSafeHwnd(), nullptr);
+}
+
+TEST_F(ToolkitMessages, DestroyOrderParentFirstThenChildrenFinishingBottomUp) {
+    DerivedWindow parent, child, grandchild, sibling;
+    ASSERT_TRUE(parent.Create(nullptr, "", WS_CHILD, CRect(0, 0, 50, 50), nullptr, 1));
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD, CRect(0, 0, 20, 20), &parent, 2));
+    ASSERT_TRUE(grandchild.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), &child, 3));
+    ASSERT_TRUE(sibling.Create(nullptr, "", WS_CHILD, CRect(20, 0, 30, 20), &parent, 4));
+    EXPECT_EQ(parent.GetDlgItem(4), &sibling);
+    EXPECT_EQ(grandchild.GetParent(), &child);
+    const HWND childHandle = child.GetSafeHwnd();
+    trace.clear();
+    EXPECT_TRUE(parent.DestroyWindow());
+    EXPECT_EQ(trace, (std::vector<std::string>{"destroy 1", "destroy 2", "destroy 3", "destroy 4",
+                                               "ncdestroy 3", "ncdestroy 2", "ncdestroy 4",
+                                               "ncdestroy 1"}));
+    EXPECT_EQ(CWnd::FromHandle(childHandle), nullptr);
+    EXPECT_EQ(grandchild.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(parent.DestroyWindow());
+}
+
+TEST_F(ToolkitMessages, TextFontAndDialogItems) {
+    CWnd parent, item;
+    ASSERT_TRUE(parent.Create(nullptr, "", WS_CHILD, CRect(0, 0, 50, 50), nullptr, 0));
+    ASSERT_TRUE(item.Create(nullptr, "first", WS_CHILD, CRect(0, 0, 5, 5), &parent, 1120));
+    CString text;
+    EXPECT_EQ(parent.GetDlgItemText(1120, text), 5);
+    EXPECT_EQ(text, "first");
+    parent.SetDlgItemText(1120, "second text");
+    char buffer[7];
+    EXPECT_EQ(item.GetWindowText(buffer, sizeof buffer), 6);
+    EXPECT_STREQ(buffer, "second");
+    EXPECT_EQ(item.GetWindowTextLength(), 11);
+    EXPECT_EQ(parent.GetDlgItemText(999, text), 0);
+    EXPECT_EQ(SendMessage0(nullptr, WM_GETTEXTLENGTH, 0, 0), 0);
+    EXPECT_EQ(SendMessage0(&item, WM_GETTEXTLENGTH, 0, 0), 11);
+    parent.DestroyWindow();
+}
+
+// Posts while nothing pumps: the ring keeps the newest 256, in order.
+TEST_F(ToolkitMessages, PostedRingKeepsTheNewest256InOrder) {
+    Recorder window;
+    ASSERT_TRUE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    AfxPumpMessages();
+    window.received.clear();
+    for (int i = 0; i < 300; ++i) EXPECT_TRUE(window.PostMessage(WM_USER + 1, i));
+    EXPECT_TRUE(window.received.empty());  // nothing before the pump
+    AfxPumpMessages();
+    ASSERT_EQ(window.received.size(), 256u);
+    for (size_t i = 0; i < 256; ++i) EXPECT_EQ(window.received[i].second, 44 + i) << i;
+    window.received.clear();
+    AfxPumpMessages();
+    EXPECT_TRUE(window.received.empty());
+    window.DestroyWindow();
+}
+
+TEST_F(ToolkitMessages, PostsToDestroyedWindowsAreDropped) {
+    Recorder gone, kept;
+    ASSERT_TRUE(gone.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    ASSERT_TRUE(kept.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    gone.PostMessage(WM_USER, 1);
+    kept.PostMessage(WM_USER, 2);
+    gone.DestroyWindow();
+    // A new window may reuse the object, but not the handle.
+    ASSERT_TRUE(gone.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    gone.received.clear();
+    AfxPumpMessages();
+    EXPECT_TRUE(gone.received.empty());
+    ASSERT_EQ(kept.received.size(), 1u);
+    EXPECT_EQ(kept.received[0].second, 2u);
+    EXPECT_FALSE(CWnd().PostMessage(WM_USER));  // no window, no post
+    gone.DestroyWindow();
+    kept.DestroyWindow();
+}
+
+UINT_PTR procFired = 0;
+void TimerProc(HWND, UINT message, UINT_PTR id, DWORD) {
+    if (message == WM_TIMER) procFired = id;
+}
+
+TEST_F(ToolkitMessages, DueTimersFireOncePerPumpUntilKilled) {
+    DerivedWindow window;
+    ASSERT_TRUE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    trace.clear();
+    EXPECT_EQ(window.SetTimer(1024, 0), 1024u);  // due at every pump
+    EXPECT_EQ(window.SetTimer(5, 3600000), 5u);  // not due for an hour
+    AfxPumpMessages();
+    AfxPumpMessages();
+    EXPECT_EQ(trace, (std::vector<std::string>{"derived timer 1024", "derived timer 1024"}));
+    EXPECT_TRUE(window.KillTimer(1024));
+    EXPECT_FALSE(window.KillTimer(1024));
+    trace.clear();
+    AfxPumpMessages();
+    EXPECT_TRUE(trace.empty());
+
+    window.SetTimer(9, 0, &TimerProc);
+    procFired = 0;
+    AfxPumpMessages();
+    EXPECT_EQ(procFired, 9u);
+    EXPECT_TRUE(trace.empty());  // the procedure instead of WM_TIMER
+    window.DestroyWindow();      // takes its timers along
+    procFired = 0;
+    AfxPumpMessages();
+    EXPECT_EQ(procFired, 0u);
+}
+
+TEST_F(ToolkitMessages, ThousandCreateDestroyCyclesLeaveNothing) {
+    for (int i = 0; i < 1000; ++i) {
+        auto* parent = new DerivedWindow;
+        ASSERT_TRUE(parent->Create(nullptr, "", WS_CHILD, CRect(0, 0, 40, 40), nullptr, i));
+        auto* child = new CWnd;
+        ASSERT_TRUE(child->Create(nullptr, "c", WS_CHILD | WS_VISIBLE, CRect(1, 1, 9, 9), parent, 1));
+        parent->SetTimer(1, 1000);
+        child->PostMessage(WM_USER);
+        if (i % 2) {
+            parent->DestroyWindow();
+            delete child;
+            delete parent;
+        } else {
+            delete parent;  // the child's window goes with it, the object stays
+            EXPECT_EQ(child->GetSafeHwnd(), nullptr);
+            delete child;
+        }
+    }
+    AfxPumpMessages();
+    trace.clear();
+}
+
+}  // namespace
