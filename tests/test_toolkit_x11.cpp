@@ -1,0 +1,779 @@
+// The X11 backend itself on a real X server ($DISPLAY, Xvfb in CI), driven
+// with XTest from a connection of the test's own, the way a host and a user
+// would: windows inside a foreign parent, input, pixels, focus, window-manager
+// properties, and surviving what a host can do to us (destroying our parent,
+// X errors, a server that goes away); then the toolkit's windows embedded in
+// a host window, through the X11 test environment. Skipped when no server is
+// reachable, unless TAPDELAY_REQUIRE_X11 is set (as tools/test.sh does).
+
+// The toolkit's and GoogleTest's names first: Xlib's macros (None...)
+// would take them over.
+#include "tests/toolkit/TestEnvironment.h"
+#include "toolkit/CDC.h"
+#include "toolkit/CWinApp.h"
+#include "toolkit/CWnd.h"
+#include "toolkit/x11/NativeNames.h"
+#include "toolkit/x11/X11Display.h"
+
+#include <gtest/gtest.h>
+
+#include <X11/XKBlib.h>
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <cairo.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// A connection of the test's own, for what the host and the user do.
+class Driver {
+public:
+    Driver() : m_display(XOpenDisplay(nullptr)) {}
+    ~Driver() {
+        if (m_display) XCloseDisplay(m_display);
+    }
+    operator Display*() const { return m_display; }
+    Window Root() const { return DefaultRootWindow(m_display); }
+
+    // A mapped top-level window, like a host's editor window.
+    Window HostWindow(int x, int y, int width, int height) {
+        const Window window =
+            XCreateSimpleWindow(m_display, DefaultRootWindow(m_display), x, y, width, height, 0,
+                                0, WhitePixel(m_display, DefaultScreen(m_display)));
+        XMapRaised(m_display, window);
+        XSync(m_display, False);
+        return window;
+    }
+    void MovePointer(int x, int y) {
+        XTestFakeMotionEvent(m_display, -1, x, y, CurrentTime);
+        XSync(m_display, False);
+    }
+    void Button(int button, bool press) {
+        XTestFakeButtonEvent(m_display, button, press, CurrentTime);
+        XSync(m_display, False);
+    }
+    void Key(KeySym keysym, bool press) {
+        XTestFakeKeyEvent(m_display, XKeysymToKeycode(m_display, keysym), press, CurrentTime);
+        XSync(m_display, False);
+    }
+    Window Focus() {
+        Window focus = 0;
+        int revert = 0;
+        XGetInputFocus(m_display, &focus, &revert);
+        return focus;
+    }
+    Atom AtomNamed(const char* name) { return XInternAtom(m_display, name, False); }
+    // The property's items (32-bit formats as longs, 8-bit as bytes).
+    std::vector<unsigned long> Property(Window window, const char* name, Atom* type = nullptr) {
+        Atom actualType = None;
+        int format = 0;
+        unsigned long count = 0, after = 0;
+        unsigned char* data = nullptr;
+        std::vector<unsigned long> items;
+        if (XGetWindowProperty(m_display, window, AtomNamed(name), 0, 1024, False,
+                               AnyPropertyType, &actualType, &format, &count, &after,
+                               &data) == Success && data) {
+            for (unsigned long i = 0; i < count; ++i)
+                items.push_back(format == 32 ? reinterpret_cast<unsigned long*>(data)[i]
+                                : format == 16 ? reinterpret_cast<unsigned short*>(data)[i]
+                                               : data[i]);
+        }
+        if (data) XFree(data);
+        if (type) *type = actualType;
+        return items;
+    }
+
+private:
+    Display* m_display;
+};
+
+// An X server of the test's own, for what the shared one must not suffer
+// (being killed) or cannot show (another depth).
+class PrivateServer {
+public:
+    explicit PrivateServer(const char* screen) {
+        int pipeFds[2];
+        if (pipe(pipeFds) != 0) return;
+        m_pid = fork();
+        if (m_pid == 0) {
+            close(pipeFds[0]);
+            const std::string fd = std::to_string(pipeFds[1]);
+            execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-nolisten", "tcp", "-screen", "0",
+                   screen, static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        close(pipeFds[1]);
+        // The server writes its display number and a newline once it is ready.
+        std::string number;
+        char c = 0;
+        while (m_pid > 0 && number.size() < 8 && read(pipeFds[0], &c, 1) == 1 && c != '\n')
+            number += c;
+        close(pipeFds[0]);
+        if (c == '\n' && !number.empty()) m_name = ":" + number;
+    }
+    ~PrivateServer() { Stop(); }
+    bool Running() const { return !m_name.empty(); }
+    const std::string& Name() const { return m_name; }
+    void Stop() {
+        if (m_pid > 0) {
+            kill(m_pid, SIGTERM);
+            waitpid(m_pid, nullptr, 0);
+            m_pid = -1;
+        }
+    }
+
+private:
+    pid_t m_pid = -1;
+    std::string m_name;
+};
+
+// Points $DISPLAY elsewhere while it lives.
+class DisplayVariable {
+public:
+    explicit DisplayVariable(const std::string& name) {
+        const char* old = getenv("DISPLAY");
+        m_hadOld = old != nullptr;
+        if (old) m_old = old;
+        setenv("DISPLAY", name.c_str(), 1);
+    }
+    ~DisplayVariable() {
+        if (m_hadOld) setenv("DISPLAY", m_old.c_str(), 1);
+        else unsetenv("DISPLAY");
+    }
+
+private:
+    bool m_hadOld = false;
+    std::string m_old;
+};
+
+// The next event of one of the types, waiting at most a few seconds.
+bool NextOf(NativeDisplay& display, NativeEvent& event,
+            std::initializer_list<NativeEventType> types) {
+    for (int turn = 0; turn < 100; ++turn) {
+        if (!display.NextEvent(event, 50)) continue;
+        for (NativeEventType type : types)
+            if (event.type == type) return true;
+    }
+    return false;
+}
+
+// The next key event that is not a modifier key's own (those translate to
+// neither a key code nor a character).
+bool NextKey(NativeDisplay& display, NativeEvent& event, NativeEventType type) {
+    while (NextOf(display, event, {type}))
+        if (event.keyCode != 0 || event.character != 0) return true;
+    return false;
+}
+
+std::vector<unsigned long> Bytes(const std::string& text) {
+    return std::vector<unsigned long>(reinterpret_cast<const unsigned char*>(text.data()),
+                                      reinterpret_cast<const unsigned char*>(text.data()) +
+                                          text.size());
+}
+
+// Everything the toolkit would receive before things go quiet.
+std::vector<NativeEvent> Drain(NativeDisplay& display) {
+    std::vector<NativeEvent> events;
+    NativeEvent event;
+    while (display.NextEvent(event, 100)) events.push_back(event);
+    return events;
+}
+
+cairo_surface_t* SolidSurface(int width, int height, double r, double g, double b) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, r, g, b);
+    cairo_paint(cr);
+    cairo_destroy(cr);
+    return surface;
+}
+
+uint32_t PixelAt(cairo_surface_t* surface, int x, int y) {
+    cairo_surface_flush(surface);
+    const unsigned char* row =
+        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
+    return reinterpret_cast<const uint32_t*>(row)[x];
+}
+
+bool X11Required() { return getenv("TAPDELAY_REQUIRE_X11") != nullptr; }
+
+#define SKIP_WITHOUT_X11(driver)                                          \
+    do {                                                                  \
+        if (!(driver)) {                                                  \
+            if (X11Required()) FAIL() << "no X server at $DISPLAY";       \
+            GTEST_SKIP() << "no X server at $DISPLAY";                    \
+        }                                                                 \
+    } while (false)
+
+class X11Backend : public ::testing::Test {
+protected:
+    void SetUp() override {
+        SKIP_WITHOUT_X11(m_driver);
+        m_display = OpenX11Display();
+        ASSERT_TRUE(m_display);
+        ASSERT_TRUE(m_display->IsOpen());
+    }
+
+    // Our window inside a host window, shown, with its first Expose read.
+    NativeWindow EmbeddedWindow(Window host, const CRect& rect) {
+        const NativeWindow window = m_display->CreateChildWindow(host, rect);
+        m_display->ShowWindow(window, true);
+        NativeEvent event;
+        EXPECT_TRUE(NextOf(*m_display, event, {native::kExpose}));
+        return window;
+    }
+
+    Driver m_driver;
+    std::unique_ptr<NativeDisplay> m_display;
+};
+
+TEST_F(X11Backend, MouseInputArrivesInWindowCoordinatesWithButtonsAndModifiers) {
+    const Window host = m_driver.HostWindow(100, 80, 400, 300);
+    const NativeWindow window = EmbeddedWindow(host, CRect(20, 30, 220, 130));
+    ASSERT_NE(window, 0u);
+    EXPECT_EQ(m_display->WindowToScreen(window, CPoint(5, 6)), CPoint(125, 116));
+
+    m_driver.MovePointer(100 + 20 + 15, 80 + 30 + 25);
+    m_driver.Key(XK_Shift_L, true);
+    m_driver.Button(3, true);
+    m_driver.Button(3, false);
+    m_driver.Key(XK_Shift_L, false);
+
+    NativeEvent event;
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kButtonPress}));
+    EXPECT_EQ(event.window, window);
+    EXPECT_EQ(event.button, 3);
+    EXPECT_EQ(event.x, 15);
+    EXPECT_EQ(event.y, 25);
+    EXPECT_EQ(event.rootX, 135);
+    EXPECT_EQ(event.rootY, 135);
+    EXPECT_EQ(event.modifiers, native::kShiftHeld);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kButtonRelease}));
+    EXPECT_EQ(event.button, 3);
+    EXPECT_EQ(event.modifiers, native::kShiftHeld | native::kButton3Held);
+
+    // A drag: the moves of a held button keep coming to the window where it
+    // was pressed, even outside it; a run of moves arrives as its last one.
+    m_driver.Button(1, true);
+    m_driver.MovePointer(100 + 20 + 50, 80 + 30 + 40);
+    m_driver.MovePointer(100 + 20 + 300, 80 + 30 + 250);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kMotion}));
+    EXPECT_EQ(event.window, window);
+    if (event.x == 50) {
+        ASSERT_TRUE(NextOf(*m_display, event, {native::kMotion}));
+    }
+    EXPECT_EQ(event.x, 300);
+    EXPECT_EQ(event.y, 250);
+    EXPECT_EQ(event.modifiers, native::kButton1Held);
+    m_driver.Button(1, false);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kButtonRelease}));
+    EXPECT_EQ(event.window, window);
+    EXPECT_EQ(event.x, 300);
+
+    EXPECT_EQ(m_display->ModifierState(), 0u);
+    m_driver.Key(XK_Control_L, true);
+    EXPECT_EQ(m_display->ModifierState(), native::kControlHeld);
+    m_driver.Key(XK_Control_L, false);
+    EXPECT_EQ(m_display->ModifierState(), 0u);
+}
+
+TEST_F(X11Backend, KeysReachTheFocusedWindowTranslatedAndTheFocusGoesBack) {
+    const Window host = m_driver.HostWindow(100, 80, 400, 300);
+    const NativeWindow window = EmbeddedWindow(host, CRect(0, 0, 200, 100));
+    // The pointer stays outside: keys follow the focus, not the pointer.
+    m_driver.MovePointer(700, 700);
+    const Window before = m_driver.Focus();
+    m_display->TakeKeyboardFocus(window);
+    EXPECT_EQ(m_driver.Focus(), window);
+
+    struct Typed {
+        KeySym keysym;
+        bool shift;
+        unsigned keyCode;
+        uint32_t character;
+    };
+    const Typed keys[] = {
+        {XK_a, false, 0u, 'a'},
+        {XK_a, true, 0u, 'A'},
+        {XK_5, false, 0u, '5'},
+        {XK_Return, false, keycode::Return, keychar::Return},
+        {XK_Escape, false, keycode::Escape, keychar::Escape},
+        {XK_BackSpace, false, keycode::Backspace, keychar::Backspace},
+        {XK_Left, false, keycode::Left, keychar::Left},
+        {XK_KP_Enter, false, keycode::KeypadEnter, keychar::KeypadEnter},
+    };
+    for (const Typed& key : keys) {
+        SCOPED_TRACE(key.keysym);
+        if (key.shift) m_driver.Key(XK_Shift_L, true);
+        m_driver.Key(key.keysym, true);
+        m_driver.Key(key.keysym, false);
+        if (key.shift) m_driver.Key(XK_Shift_L, false);
+        NativeEvent event;
+        ASSERT_TRUE(NextKey(*m_display, event, native::kKeyPress));
+        EXPECT_EQ(event.window, window);
+        EXPECT_EQ(event.keyCode, key.keyCode);
+        EXPECT_EQ(event.character, key.character);
+        EXPECT_EQ(event.modifiers, key.shift ? native::kShiftHeld : 0u);
+        ASSERT_TRUE(NextKey(*m_display, event, native::kKeyRelease));
+        EXPECT_EQ(event.keyCode, key.keyCode);
+    }
+
+    m_display->RestoreKeyboardFocus();
+    EXPECT_EQ(m_driver.Focus(), before);
+
+    // Focus given away by someone else is reported; it is not taken back.
+    m_display->TakeKeyboardFocus(window);
+    XSetInputFocus(m_driver, host, RevertToParent, CurrentTime);
+    XSync(m_driver, False);
+    NativeEvent event;
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kFocusOut}));
+    EXPECT_EQ(event.window, window);
+    m_display->RestoreKeyboardFocus();
+    EXPECT_EQ(m_driver.Focus(), host);
+}
+
+TEST_F(X11Backend, PresentShowsExactlyTheDamagedAreaInsideTheHostWindow) {
+    const Window host = m_driver.HostWindow(50, 40, 300, 200);
+    const NativeWindow window = EmbeddedWindow(host, CRect(10, 20, 210, 120));
+    cairo_surface_t* red = SolidSurface(200, 100, 1, 0, 0);
+    m_display->Present(window, red, CRect(0, 0, 200, 100));
+    cairo_surface_t* blue = SolidSurface(200, 100, 0, 0, 1);
+    m_display->Present(window, blue, CRect(150, 60, 400, 400));  // clipped to the surface
+    m_display->Flush();
+
+    // Read back through another connection, as a user would see it.
+    std::unique_ptr<NativeDisplay> viewer = OpenX11Display();
+    cairo_surface_t* shot = viewer->CaptureWindow(host);
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(cairo_image_surface_get_width(shot), 300);
+    EXPECT_EQ(cairo_image_surface_get_height(shot), 200);
+    EXPECT_EQ(PixelAt(shot, 5, 5), 0xFFFFFFFFu);       // the host's white
+    EXPECT_EQ(PixelAt(shot, 10, 20), 0xFFFF0000u);     // our top left
+    EXPECT_EQ(PixelAt(shot, 159, 79), 0xFFFF0000u);    // just outside the damage
+    EXPECT_EQ(PixelAt(shot, 160, 80), 0xFF0000FFu);    // inside it
+    EXPECT_EQ(PixelAt(shot, 209, 119), 0xFF0000FFu);   // our bottom right
+    EXPECT_EQ(PixelAt(shot, 210, 120), 0xFFFFFFFFu);
+    cairo_surface_destroy(shot);
+
+    // A host window partly off the screen: what is off it reads as black.
+    XMoveWindow(m_driver, host, -100, 0);
+    XSync(m_driver, False);
+    shot = viewer->CaptureWindow(host);
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(PixelAt(shot, 50, 50), 0xFF000000u);
+    EXPECT_EQ(PixelAt(shot, 120, 50), 0xFFFF0000u);
+    cairo_surface_destroy(shot);
+
+    cairo_surface_destroy(red);
+    cairo_surface_destroy(blue);
+}
+
+TEST_F(X11Backend, HostDestroyingOurParentIsReportedAndSurvived) {
+    const Window host = m_driver.HostWindow(100, 80, 400, 300);
+    const NativeWindow window = EmbeddedWindow(host, CRect(0, 0, 200, 100));
+    const NativeWindow popup = m_display->CreatePopupWindow(CRect(0, 0, 50, 50));
+    XDestroyWindow(m_driver, host);
+    XSync(m_driver, False);
+
+    NativeEvent event;
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kDestroyed}));
+    EXPECT_EQ(event.window, window);
+
+    // What the toolkit might still do with it, and requests on a window that
+    // is gone (each an X error): no harm, no exit, the connection lives on.
+    cairo_surface_t* surface = SolidSurface(200, 100, 0, 1, 0);
+    m_display->Present(window, surface, CRect(0, 0, 200, 100));
+    m_display->ShowWindow(window, false);
+    m_display->SetWindowRect(window, CRect(0, 0, 10, 10));
+    m_display->TakeKeyboardFocus(window);
+    m_display->DestroyWindow(window);
+    EXPECT_EQ(m_display->WindowToScreen(host, CPoint(1, 2)), CPoint(1, 2));
+    EXPECT_EQ(m_display->CaptureWindow(host), nullptr);
+    EXPECT_EQ(m_display->CreateChildWindow(host, CRect(0, 0, 10, 10)), 0u);
+    cairo_surface_destroy(surface);
+    EXPECT_TRUE(m_display->IsOpen());
+
+    // Windows we destroy ourselves are not reported back.
+    m_display->DestroyWindow(popup);
+    EXPECT_TRUE(Drain(*m_display).empty());
+}
+
+TEST_F(X11Backend, PopupsAndDialogsCarryWhatWindowManagersNeed) {
+    const Window host = m_driver.HostWindow(100, 80, 400, 300);
+    const NativeWindow editor = EmbeddedWindow(host, CRect(0, 0, 200, 100));
+
+    const NativeWindow popup = m_display->CreatePopupWindow(CRect(300, 250, 420, 400));
+    m_display->ShowWindow(popup, true);
+    const NativeWindow dialog = m_display->CreateTopLevelWindow(
+        CRect(200, 150, 500, 350), "Save Program \xE2\x80\x94 1", editor, true);
+    m_display->ShowWindow(dialog, true);
+    m_display->Flush();
+    XSync(m_driver, False);
+
+    XWindowAttributes attributes;
+    ASSERT_TRUE(XGetWindowAttributes(m_driver, popup, &attributes));
+    EXPECT_TRUE(attributes.override_redirect);
+    EXPECT_EQ(attributes.map_state, IsViewable);
+    EXPECT_EQ(CRect(attributes.x, attributes.y, attributes.x + attributes.width,
+                    attributes.y + attributes.height),
+              CRect(300, 250, 420, 400));
+
+    // Transient for the host's top-level window, not for our editor inside it.
+    Window transientFor = 0;
+    ASSERT_TRUE(XGetTransientForHint(m_driver, dialog, &transientFor));
+    EXPECT_EQ(transientFor, host);
+    EXPECT_EQ(m_driver.Property(dialog, "_NET_WM_WINDOW_TYPE"),
+              std::vector<unsigned long>{m_driver.AtomNamed("_NET_WM_WINDOW_TYPE_DIALOG")});
+    const std::vector<unsigned long> protocols = m_driver.Property(dialog, "WM_PROTOCOLS");
+    EXPECT_EQ(protocols, std::vector<unsigned long>{m_driver.AtomNamed("WM_DELETE_WINDOW")});
+    const std::string utf8Title = "Save Program \xE2\x80\x94 1";
+    EXPECT_EQ(m_driver.Property(dialog, "_NET_WM_NAME"),
+              Bytes(utf8Title));
+    const std::string latinTitle = "Save Program ? 1";
+    EXPECT_EQ(m_driver.Property(dialog, "WM_NAME"),
+              Bytes(latinTitle));
+
+    // The window manager's close button.
+    XEvent close{};
+    close.xclient.type = ClientMessage;
+    close.xclient.window = dialog;
+    close.xclient.message_type = m_driver.AtomNamed("WM_PROTOCOLS");
+    close.xclient.format = 32;
+    close.xclient.data.l[0] = static_cast<long>(m_driver.AtomNamed("WM_DELETE_WINDOW"));
+    close.xclient.data.l[1] = CurrentTime;
+    XSendEvent(m_driver, dialog, False, NoEventMask, &close);
+    XSync(m_driver, False);
+    NativeEvent event;
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kCloseRequest}));
+    EXPECT_EQ(event.window, dialog);
+
+    // While a popup grabs the pointer, a click anywhere is reported to it,
+    // in its coordinates: a click outside a menu is seen by the menu.
+    ASSERT_TRUE(m_display->GrabPointer(popup));
+    ASSERT_TRUE(m_display->GrabKeyboard(popup));
+    m_driver.MovePointer(110, 90);
+    m_driver.Button(1, true);
+    m_driver.Button(1, false);
+    m_driver.Key(XK_Escape, true);
+    m_driver.Key(XK_Escape, false);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kButtonPress}));
+    EXPECT_EQ(event.window, popup);
+    EXPECT_EQ(event.x, 110 - 300);
+    EXPECT_EQ(event.y, 90 - 250);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kKeyPress}));
+    EXPECT_EQ(event.window, popup);
+    EXPECT_EQ(event.keyCode, keycode::Escape);
+    m_display->UngrabKeyboard();
+    m_display->UngrabPointer();
+    m_driver.Button(1, true);
+    m_driver.Button(1, false);
+    ASSERT_TRUE(NextOf(*m_display, event, {native::kButtonPress}));
+    EXPECT_EQ(event.window, editor);
+}
+
+TEST_F(X11Backend, WakeEndsAWaitFromAnotherThread) {
+    NativeEvent event;
+    m_display->Wake();
+    EXPECT_FALSE(m_display->NextEvent(event, 600000));
+    std::thread waker([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        m_display->Wake();
+    });
+    EXPECT_FALSE(m_display->NextEvent(event, 600000));
+    waker.join();
+}
+
+int foreignErrors = 0;
+int CountForeignError(Display*, XErrorEvent*) {
+    ++foreignErrors;
+    return 0;
+}
+
+TEST(X11Errors, OtherConnectionsKeepTheirHandlerAndOursNeverEndTheProcess) {
+    Driver driver;
+    SKIP_WITHOUT_X11(driver);
+    // A window that no longer exists: every request on it is an error.
+    const Window gone = XCreateSimpleWindow(driver, driver.Root(), 0, 0, 10, 10, 0, 0, 0);
+    XDestroyWindow(driver, gone);
+    XSync(driver, False);
+
+    foreignErrors = 0;
+    const XErrorHandler hostHandler = XSetErrorHandler(&CountForeignError);
+    {
+        std::unique_ptr<NativeDisplay> first = OpenX11Display();
+        std::unique_ptr<NativeDisplay> second = OpenX11Display();
+        XMapWindow(driver, gone);
+        XSync(driver, False);
+        EXPECT_EQ(foreignErrors, 1);
+        // Ours go nowhere near the host's handler (the default one exits).
+        EXPECT_EQ(first->CreateChildWindow(gone, CRect(0, 0, 10, 10)), 0u);
+        EXPECT_EQ(second->WindowToScreen(gone, CPoint(3, 4)), CPoint(3, 4));
+        EXPECT_EQ(foreignErrors, 1);
+        first.reset();
+        XMapWindow(driver, gone);
+        XSync(driver, False);
+        EXPECT_EQ(foreignErrors, 2);
+    }
+    // With the last of ours closed, the host's handler is back in place.
+    EXPECT_EQ(XSetErrorHandler(hostHandler), &CountForeignError);
+}
+
+TEST(X11Errors, LosingTheServerLeavesABrokenConnectionNotAnEndedProcess) {
+    PrivateServer server("320x240x24");
+    ASSERT_TRUE(server.Running() || !X11Required()) << "Xvfb does not start";
+    if (!server.Running()) GTEST_SKIP() << "Xvfb not available";
+    std::unique_ptr<NativeDisplay> display;
+    {
+        DisplayVariable variable(server.Name());
+        display = OpenX11Display();
+    }
+    ASSERT_TRUE(display);
+    const NativeWindow popup = display->CreatePopupWindow(CRect(0, 0, 20, 20));
+    display->ShowWindow(popup, true);
+    server.Stop();
+
+    NativeEvent event;
+    EXPECT_FALSE(display->NextEvent(event, 200));
+    EXPECT_FALSE(display->IsOpen());
+    // Nothing more reaches the dead connection; closing it is clean.
+    EXPECT_EQ(display->CreatePopupWindow(CRect(0, 0, 20, 20)), 0u);
+    EXPECT_EQ(display->ScreenSize(), CSize(0, 0));
+    display->Wake();
+    EXPECT_FALSE(display->NextEvent(event, 600000));
+    display.reset();
+}
+
+TEST(X11Pixels, OtherVisualsGetConvertedPixels) {
+    PrivateServer server("320x240x16");
+    ASSERT_TRUE(server.Running() || !X11Required()) << "Xvfb does not start";
+    if (!server.Running()) GTEST_SKIP() << "Xvfb not available";
+    DisplayVariable variable(server.Name());
+    std::unique_ptr<NativeDisplay> display = OpenX11Display();
+    ASSERT_TRUE(display);
+    const NativeWindow window = display->CreatePopupWindow(CRect(10, 10, 70, 50));
+    display->ShowWindow(window, true);
+    cairo_surface_t* surface = SolidSurface(60, 40, 0, 1, 0);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 1, 0, 1);
+    cairo_rectangle(cr, 30, 0, 30, 40);
+    cairo_fill(cr);
+    cairo_destroy(cr);
+    display->Present(window, surface, CRect(0, 0, 60, 40));
+    cairo_surface_t* shot = display->CaptureWindow(window);
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(PixelAt(shot, 0, 0), 0xFF00FF00u);
+    EXPECT_EQ(PixelAt(shot, 29, 39), 0xFF00FF00u);
+    EXPECT_EQ(PixelAt(shot, 30, 0), 0xFFFF00FFu);
+    cairo_surface_destroy(shot);
+    cairo_surface_destroy(surface);
+}
+
+// The toolkit's side: windows embedded in a host window, on the X11 backend.
+
+struct Message {
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    bool operator==(const Message& other) const {
+        return message == other.message && wParam == other.wParam && lParam == other.lParam;
+    }
+};
+
+std::ostream& operator<<(std::ostream& out, const Message& m) {
+    return out << "{0x" << std::hex << m.message << ", " << std::dec << m.wParam << ", ("
+               << static_cast<int16_t>(LOWORD(m.lParam)) << ", "
+               << static_cast<int16_t>(HIWORD(m.lParam)) << ")}";
+}
+
+// Records its mouse and key messages; paints its client area red with a blue
+// 10x10 square at (5, 5); captures the mouse while the left button is down.
+class RecordingWindow : public CWnd {
+public:
+    std::vector<Message> messages;
+
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        switch (message) {
+        case WM_LBUTTONDOWN:
+            SetCapture();
+            [[fallthrough]];
+        case WM_MOUSEMOVE:
+        case WM_RBUTTONDOWN:
+        case WM_KEYDOWN:
+        case WM_CHAR:
+            messages.push_back({message, wParam, lParam});
+            break;
+        case WM_LBUTTONUP:
+            messages.push_back({message, wParam, lParam});
+            ReleaseCapture();
+            break;
+        }
+        return CWnd::WindowProc(message, wParam, lParam);
+    }
+    void OnPaint() {
+        CPaintDC dc(this);
+        CRect client;
+        GetClientRect(&client);
+        dc.FillSolidRect(&client, RGB(255, 0, 0));
+        dc.FillSolidRect(5, 5, 10, 10, RGB(0, 0, 255));
+    }
+    // Only the messages of one kind.
+    std::vector<Message> Of(UINT message) const {
+        std::vector<Message> result;
+        for (const Message& m : messages)
+            if (m.message == message) result.push_back(m);
+        return result;
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(RecordingWindow, CWnd)
+    ON_WM_PAINT()
+END_MESSAGE_MAP()
+
+Message Mouse(UINT message, int x, int y) {
+    return {message, 0, MAKELPARAM(x, y)};
+}
+
+// A host window at (100, 80) with the toolkit's window inside at (20, 30),
+// 200 x 100, as an editor would be.
+class X11Toolkit : public ::testing::Test {
+protected:
+    static constexpr int kHostX = 100, kHostY = 80, kEditorX = 20, kEditorY = 30;
+
+    void SetUp() override {
+        m_environment = MakeX11Environment();
+        SKIP_WITHOUT_X11(m_environment);
+        m_environment->Install();
+        m_host = m_environment->CreateHostWindow(CRect(kHostX, kHostY, kHostX + 400, kHostY + 300));
+        ASSERT_TRUE(m_frame.SetNativeHandle(m_host));
+        ASSERT_TRUE(m_window.Create(AfxRegisterWndClass(0), "editor", WS_CHILD | WS_VISIBLE,
+                                    CRect(kEditorX, kEditorY, kEditorX + 200, kEditorY + 100),
+                                    &m_frame, 1));
+        m_environment->Settle();
+    }
+    void TearDown() override {
+        if (!m_environment) return;
+        m_window.DestroyWindow();
+        m_frame.SetNativeHandle(0);
+        AfxSetNativeDisplayFactory(nullptr);
+    }
+
+    // Screen position of a point of the toolkit's window.
+    int ScreenX(int x) const { return kHostX + kEditorX + x; }
+    int ScreenY(int y) const { return kHostY + kEditorY + y; }
+
+    std::unique_ptr<TestEnvironment> m_environment;
+    NativeWindow m_host = 0;
+    CFrameWnd m_frame;
+    RecordingWindow m_window;
+};
+
+TEST_F(X11Toolkit, ClicksAndCapturedDragsArriveInClientCoordinates) {
+    m_environment->Click(ScreenX(15), ScreenY(25));
+    EXPECT_EQ(m_window.Of(WM_LBUTTONDOWN),
+              std::vector<Message>{Mouse(WM_LBUTTONDOWN, 15, 25)});
+    EXPECT_EQ(m_window.Of(WM_LBUTTONUP), std::vector<Message>{Mouse(WM_LBUTTONUP, 15, 25)});
+
+    // Pressed inside, dragged out past the host window's corner: the capture
+    // keeps the moves and the release coming, in client coordinates.
+    m_window.messages.clear();
+    m_environment->MovePointer(ScreenX(40), ScreenY(50));
+    m_environment->PressButton(1);
+    m_environment->Settle();
+    m_environment->MovePointer(ScreenX(450), ScreenY(-20));
+    m_environment->Settle();
+    m_environment->ReleaseButton(1);
+    m_environment->Settle();
+    const std::vector<Message> expected = {
+        Mouse(WM_MOUSEMOVE, 40, 50),
+        Mouse(WM_LBUTTONDOWN, 40, 50),
+        Mouse(WM_MOUSEMOVE, 450, -20),
+        Mouse(WM_LBUTTONUP, 450, -20),
+    };
+    EXPECT_EQ(m_window.messages, expected);
+    EXPECT_EQ(CWnd::GetCapture(), nullptr);
+
+    m_window.messages.clear();
+    m_environment->Click(ScreenX(199), ScreenY(99), 3);
+    EXPECT_EQ(m_window.Of(WM_RBUTTONDOWN), std::vector<Message>{Mouse(WM_RBUTTONDOWN, 199, 99)});
+    // Outside the window: the host's, not ours.
+    m_window.messages.clear();
+    m_environment->Click(ScreenX(200), ScreenY(50));
+    EXPECT_TRUE(m_window.Of(WM_LBUTTONDOWN).empty());
+}
+
+TEST_F(X11Toolkit, KeysReachTheFocusedWindowAsKeyDownAndChar) {
+    m_window.SetFocus();
+    // No window manager gives focus here: the keys go where the pointer is.
+    m_environment->MovePointer(ScreenX(10), ScreenY(10));
+    m_window.messages.clear();
+    m_environment->TypeText("aB");
+    m_environment->TypeKey(XK_Return);
+    m_environment->TypeKey(XK_Left);
+    const std::vector<Message> expected = {
+        {WM_KEYDOWN, 0, 0},
+        {WM_CHAR, 'a', 0},
+        {WM_KEYDOWN, 0, 0},
+        {WM_CHAR, 'B', 0},
+        {WM_KEYDOWN, keycode::Return, 0},
+        {WM_CHAR, keychar::Return, 0},
+        {WM_KEYDOWN, keycode::Left, 0},
+        {WM_CHAR, keychar::Left, 0},
+    };
+    std::vector<Message> keys;
+    for (const Message& m : m_window.messages)
+        if (m.message == WM_KEYDOWN || m.message == WM_CHAR) keys.push_back({m.message, m.wParam, 0});
+    EXPECT_EQ(keys, expected);
+}
+
+TEST_F(X11Toolkit, WhatThePaintDrewIsOnTheScreenInsideTheHostWindow) {
+    std::unique_ptr<NativeDisplay> viewer = OpenX11Display();
+    cairo_surface_t* shot = viewer->CaptureWindow(m_host);
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(PixelAt(shot, kEditorX - 1, kEditorY), 0xFFFFFFFFu);  // the host's white
+    EXPECT_EQ(PixelAt(shot, kEditorX, kEditorY), 0xFFFF0000u);
+    EXPECT_EQ(PixelAt(shot, kEditorX + 5, kEditorY + 5), 0xFF0000FFu);
+    EXPECT_EQ(PixelAt(shot, kEditorX + 14, kEditorY + 14), 0xFF0000FFu);
+    EXPECT_EQ(PixelAt(shot, kEditorX + 15, kEditorY + 15), 0xFFFF0000u);
+    EXPECT_EQ(PixelAt(shot, kEditorX + 199, kEditorY + 99), 0xFFFF0000u);
+    EXPECT_EQ(PixelAt(shot, kEditorX + 200, kEditorY + 100), 0xFFFFFFFFu);
+    cairo_surface_destroy(shot);
+}
+
+TEST_F(X11Toolkit, AHostDestroyingItsWindowFirstIsSurvived) {
+    m_environment->DestroyHostWindow(m_host);
+    m_environment->Settle();
+    // The toolkit goes on with its windows as if nothing happened, and the
+    // close that follows touches nothing of the dead windows.
+    m_window.Invalidate();
+    m_window.ShowWindow(SW_HIDE);
+    m_window.ShowWindow(SW_SHOW);
+    m_environment->Settle();
+    m_window.DestroyWindow();
+    m_frame.SetNativeHandle(0);
+    m_environment->Settle();
+
+    // A new editor in a new host window works as the first did.
+    const NativeWindow host = m_environment->CreateHostWindow(
+        CRect(kHostX, kHostY, kHostX + 400, kHostY + 300));
+    ASSERT_TRUE(m_frame.SetNativeHandle(host));
+    ASSERT_TRUE(m_window.Create(AfxRegisterWndClass(0), "editor", WS_CHILD | WS_VISIBLE,
+                                CRect(kEditorX, kEditorY, kEditorX + 200, kEditorY + 100),
+                                &m_frame, 1));
+    m_environment->Settle();
+    m_window.messages.clear();
+    m_environment->Click(ScreenX(7), ScreenY(8));
+    EXPECT_EQ(m_window.Of(WM_LBUTTONDOWN), std::vector<Message>{Mouse(WM_LBUTTONDOWN, 7, 8)});
+}
+
+}  // namespace
