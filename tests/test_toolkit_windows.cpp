@@ -1,0 +1,336 @@
+// Windows on the headless backend: painting and presenting, geometry,
+// popup and top-level roots, and a host that destroys its window first.
+#include <gtest/gtest.h>
+
+#include <cairo.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/toolkit/HostedWindow.h"
+#include "toolkit/CDC.h"
+#include "toolkit/UIConnection.h"
+#include "toolkit/headless/HeadlessDisplay.h"
+
+namespace {
+
+std::vector<std::string> paints;
+
+// Fills its update area with one colour and records what it was asked.
+class Painter : public CWnd {
+public:
+    explicit Painter(COLORREF c = RGB(0, 0, 0)) : color(c) {}
+    COLORREF color;
+    int paintCount = 0;
+    std::vector<CRect> updates;
+    void OnPaint() {
+        ++paintCount;
+        updates.push_back(GetUpdateRect());
+        paints.push_back(std::to_string(GetDlgCtrlID()));
+        CPaintDC dc(this);
+        // Far larger than the window: the DC clips.
+        dc.FillSolidRect(-1000, -1000, 3000, 3000, color);
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(Painter, CWnd)
+    ON_WM_PAINT()
+END_MESSAGE_MAP()
+
+// The host window's pixels as shown, 0xRRGGBB.
+class Shot {
+public:
+    explicit Shot(NativeWindow window) : m_surface(headless::ComposeWindow(window)) {}
+    ~Shot() {
+        if (m_surface) cairo_surface_destroy(m_surface);
+    }
+    uint32_t At(int x, int y) const {
+        const unsigned char* data = cairo_image_surface_get_data(m_surface);
+        return reinterpret_cast<const uint32_t*>(data + y * cairo_image_surface_get_stride(m_surface))[x] &
+               0xFFFFFFu;
+    }
+    // At a root client point.
+    uint32_t Root(int x, int y) const { return At(HostedWindow::kRootX + x, HostedWindow::kRootY + y); }
+
+private:
+    cairo_surface_t* m_surface;
+};
+
+constexpr uint32_t kRed = 0xFF0000, kGreen = 0x00FF00, kBlue = 0x0000FF, kWhite = 0xFFFFFF;
+
+class ToolkitWindows : public ::testing::Test {
+protected:
+    ToolkitWindows() : hosted(MakeHeadlessEnvironment()) {}
+    void SetUp() override {
+        ASSERT_TRUE(hosted.opened);
+        paints.clear();
+    }
+    void Pump() { AfxPumpMessages(); }
+    HostedWindow hosted;
+};
+
+TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves) {
+    Painter root(RGB(255, 0, 0)), first(RGB(0, 255, 0)), second(RGB(0, 0, 255)), inner(RGB(255, 255, 255));
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    ASSERT_TRUE(first.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 60, 60), &root, 2));
+    ASSERT_TRUE(second.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(45, 45, 90, 90), &root, 3));
+    // Reaches outside its parent: cut at the parent's edge.
+    ASSERT_TRUE(inner.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(30, 30, 80, 80), &first, 4));
+    headless::TakePresents();
+    Pump();
+    EXPECT_EQ(paints, (std::vector<std::string>{"1", "2", "4", "3"}));
+    Shot shot(hosted.host);
+    EXPECT_EQ(shot.Root(0, 0), kRed);
+    EXPECT_EQ(shot.Root(299, 199), kRed);
+    EXPECT_EQ(shot.Root(10, 10), kGreen);
+    EXPECT_EQ(shot.Root(39, 39), kGreen);
+    EXPECT_EQ(shot.Root(40, 40), kWhite);  // inner, at first's (30, 30)
+    EXPECT_EQ(shot.Root(44, 44), kWhite);
+    EXPECT_EQ(shot.Root(59, 59), kBlue);   // second, above first and inner
+    EXPECT_EQ(shot.Root(60, 45), kBlue);
+    EXPECT_EQ(shot.Root(89, 89), kBlue);
+    EXPECT_EQ(shot.Root(90, 90), kRed);
+    EXPECT_EQ(shot.At(0, 0), 0u);  // the host's own pixels stay
+    const auto presents = headless::TakePresents();
+    ASSERT_EQ(presents.size(), 1u);
+    EXPECT_EQ(presents[0].area, CRect(0, 0, 300, 200));
+
+    // Raising first puts it (and inner) above second.
+    first.SetWindowPos(nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    paints.clear();
+    Pump();
+    Shot raised(hosted.host);
+    EXPECT_EQ(raised.Root(59, 59), kWhite);
+    EXPECT_EQ(raised.Root(60, 59), kBlue);
+}
+
+TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPump) {
+    Painter root(RGB(255, 0, 0)), child(RGB(0, 255, 0));
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(200, 100, 250, 150), &root, 2));
+    Pump();
+    headless::TakePresents();
+    root.updates.clear();
+    child.updates.clear();
+    paints.clear();
+
+    root.InvalidateRect(CRect(5, 5, 10, 10));
+    root.InvalidateRect(CRect(20, 30, 25, 35), FALSE);
+    child.InvalidateRect(CRect(0, 0, 4, 4));  // root (200, 100) to (204, 104)
+    Pump();
+    // One paint of the bounding box; the child sees its part of it.
+    ASSERT_EQ(root.updates.size(), 1u);
+    EXPECT_EQ(root.updates[0], CRect(5, 5, 204, 104));
+    ASSERT_EQ(child.updates.size(), 1u);
+    EXPECT_EQ(child.updates[0], CRect(0, 0, 4, 4));
+    auto presents = headless::TakePresents();
+    ASSERT_EQ(presents.size(), 1u);
+    EXPECT_EQ(presents[0].area, CRect(5, 5, 204, 104));
+    Pump();
+    EXPECT_EQ(root.updates.size(), 1u);
+    EXPECT_TRUE(headless::TakePresents().empty());
+
+    // The paint DC is clipped to the update area: a repaint in another
+    // colour changes only the invalidated pixels.
+    root.color = RGB(0, 0, 255);
+    root.InvalidateRect(CRect(50, 50, 52, 51));
+    Pump();
+    Shot shot(hosted.host);
+    EXPECT_EQ(shot.Root(50, 50), kBlue);
+    EXPECT_EQ(shot.Root(51, 50), kBlue);
+    EXPECT_EQ(shot.Root(52, 50), kRed);
+    EXPECT_EQ(shot.Root(50, 51), kRed);
+    // A hidden child is neither painted nor shown; hiding repaints its place.
+    child.ShowWindow(SW_HIDE);
+    paints.clear();
+    Pump();
+    EXPECT_EQ(paints, std::vector<std::string>{"1"});
+    EXPECT_EQ(Shot(hosted.host).Root(210, 110), kBlue);
+}
+
+TEST_F(ToolkitWindows, ClientDcDrawsAndPresentsAtOnce) {
+    Painter root(RGB(255, 0, 0));
+    CWnd child;
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(100, 50, 120, 60), &root, 2));
+    Pump();
+    headless::TakePresents();
+    {
+        CClientDC dc(&child);
+        dc.FillSolidRect(-5, -5, 8, 100, RGB(0, 255, 0));  // clipped to the child
+    }
+    const auto presents = headless::TakePresents();
+    ASSERT_EQ(presents.size(), 1u);
+    EXPECT_EQ(presents[0].area, CRect(100, 50, 103, 60));
+    Shot shot(hosted.host);
+    EXPECT_EQ(shot.Root(100, 50), kGreen);
+    EXPECT_EQ(shot.Root(102, 59), kGreen);
+    EXPECT_EQ(shot.Root(103, 50), kRed);
+    EXPECT_EQ(shot.Root(99, 50), kRed);
+    EXPECT_EQ(shot.Root(100, 60), kRed);
+}
+
+TEST_F(ToolkitWindows, ClassBackgroundBrushErasesUnlessHollow) {
+    CWnd grey, hollow;
+    LPCTSTR greyClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
+    LPCTSTR hollowClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(NULL_BRUSH)));
+    EXPECT_STREQ(greyClass, AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH))));
+    EXPECT_EQ(GetStockObject(6), nullptr);
+    ASSERT_TRUE(hosted.CreateRoot(grey, greyClass));
+    ASSERT_TRUE(hollow.Create(hollowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &grey, 2));
+    Pump();
+    Shot shot(hosted.host);
+    EXPECT_EQ(shot.Root(20, 20), 0x808080u);
+    EXPECT_EQ(shot.Root(5, 5), 0x808080u);  // the hollow child leaves its parent's pixels
+}
+
+TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
+    Painter root;
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    const NativeWindow native = root.GetNativeWindow();
+    ASSERT_NE(native, 0u);
+    EXPECT_EQ(headless::ParentOf(native), hosted.host);
+    EXPECT_EQ(headless::WindowRect(native), CRect(10, 20, 310, 220));
+    EXPECT_TRUE(headless::IsShown(native));
+    CRect rect;
+    root.GetWindowRect(&rect);
+    EXPECT_EQ(rect, CRect(110, 100, 410, 300));
+    CWnd child;
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD, CRect(5, 6, 25, 26), &root, 2));
+    EXPECT_FALSE(child.IsWindowVisible());
+    child.ShowWindow(SW_SHOW);
+    EXPECT_TRUE(child.IsWindowVisible());
+    CPoint p(1, 2);
+    child.ClientToScreen(&p);
+    EXPECT_EQ(p, CPoint(116, 108));
+    child.ScreenToClient(&p);
+    EXPECT_EQ(p, CPoint(1, 2));
+
+    root.MoveWindow(0, 0, 200, 100);
+    EXPECT_EQ(headless::WindowRect(native), CRect(0, 0, 200, 100));
+    root.GetClientRect(&rect);
+    EXPECT_EQ(rect, CRect(0, 0, 200, 100));
+    Pump();
+    EXPECT_EQ(root.updates.back(), CRect(0, 0, 200, 100));
+    root.ShowWindow(SW_HIDE);
+    EXPECT_FALSE(headless::IsShown(native));
+    EXPECT_FALSE(child.IsWindowVisible());
+}
+
+TEST_F(ToolkitWindows, PopupAndTopLevelRootsLiveOnTheOwnersConnection) {
+    Painter root, popup(RGB(0, 255, 0)), dialog;
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    ASSERT_TRUE(UIConnection::CreatePopupRoot(popup, nullptr, CRect(500, 400, 540, 420), &root, 7));
+    ASSERT_TRUE(UIConnection::CreateTopLevelRoot(dialog, nullptr, "Save", CRect(200, 200, 400, 300), &root));
+    EXPECT_EQ(popup.GetConnection(), root.GetConnection());
+    EXPECT_EQ(popup.GetParent(), &root);
+    EXPECT_EQ(headless::ParentOf(popup.GetNativeWindow()), 0u);
+    EXPECT_EQ(headless::WindowRect(popup.GetNativeWindow()), CRect(500, 400, 540, 420));
+    EXPECT_FALSE(headless::IsShown(popup.GetNativeWindow()));  // created hidden
+    popup.ShowWindow(SW_SHOW);
+    Pump();
+    Shot shot(popup.GetNativeWindow());
+    EXPECT_EQ(shot.At(39, 19), kGreen);
+    CPoint p(0, 0);
+    popup.ClientToScreen(&p);
+    EXPECT_EQ(p, CPoint(500, 400));
+
+    // The window manager's close button destroys a window that does not
+    // handle WM_CLOSE.
+    dialog.ShowWindow(SW_SHOW);
+    const NativeWindow dialogNative = dialog.GetNativeWindow();
+    headless::RequestClose(dialogNative);
+    Pump();
+    EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(headless::WindowExists(dialogNative));
+    // Owned windows go with their owner.
+    const NativeWindow popupNative = popup.GetNativeWindow();
+    root.DestroyWindow();
+    EXPECT_EQ(popup.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(headless::WindowExists(popupNative));
+}
+
+TEST_F(ToolkitWindows, ScreenMetrics) {
+    Painter root;
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1024);
+    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 768);
+    headless::SetScreenSize(CSize(1280, 1024));
+    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1280);
+    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 1024);
+    headless::SetScreenSize(CSize(1024, 768));
+    EXPECT_EQ(GetSystemMetrics(SM_CYHSCROLL), 17);
+    EXPECT_EQ(GetSystemMetrics(SM_CXVSCROLL), 17);
+    EXPECT_EQ(GetSystemMetrics(SM_CXEDGE), 2);
+    EXPECT_EQ(GetSystemMetrics(SM_CYEDGE), 2);
+    EXPECT_EQ(GetSystemMetrics(99), 0);
+    EXPECT_NE(LoadCursor(nullptr, IDC_ARROW), nullptr);
+}
+
+// Records which windows each native call names, passing everything on.
+class RecordingDisplay : public HeadlessDisplay {
+public:
+    static std::vector<NativeWindow>* touched;
+    void Note(NativeWindow w) { touched->push_back(w); }
+    void DestroyWindow(NativeWindow w) override { Note(w); HeadlessDisplay::DestroyWindow(w); }
+    void ShowWindow(NativeWindow w, bool s) override { Note(w); HeadlessDisplay::ShowWindow(w, s); }
+    void SetWindowRect(NativeWindow w, const CRect& r) override { Note(w); HeadlessDisplay::SetWindowRect(w, r); }
+    void Present(NativeWindow w, cairo_surface_t* i, const CRect& a) override { Note(w); HeadlessDisplay::Present(w, i, a); }
+    CPoint WindowToScreen(NativeWindow w, CPoint p) override { Note(w); return HeadlessDisplay::WindowToScreen(w, p); }
+    void TakeKeyboardFocus(NativeWindow w) override { Note(w); HeadlessDisplay::TakeKeyboardFocus(w); }
+    bool GrabPointer(NativeWindow w) override { Note(w); return HeadlessDisplay::GrabPointer(w); }
+};
+std::vector<NativeWindow>* RecordingDisplay::touched = nullptr;
+
+TEST_F(ToolkitWindows, HostDestroyingItsWindowFirstIsSurvivedWithoutNativeCalls) {
+    std::vector<NativeWindow> touched;
+    RecordingDisplay::touched = &touched;
+    CFrameWnd frame;
+    AfxSetNativeDisplayFactory([] { return std::make_unique<RecordingDisplay>(); });
+    const NativeWindow host = headless::CreateHostWindow(CRect(0, 0, 200, 200));
+    ASSERT_TRUE(frame.SetNativeHandle(host));
+    Painter root;
+    CWnd child;
+    ASSERT_TRUE(root.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 100), &frame, 1));
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &root, 2));
+    const NativeWindow native = root.GetNativeWindow();
+    Pump();
+
+    headless::DestroyWindow(host);
+    Pump();  // the Destroyed events arrive
+    touched.clear();
+    EXPECT_EQ(root.GetNativeWindow(), 0u);
+    root.Invalidate();
+    root.MoveWindow(1, 1, 50, 50);
+    root.ShowWindow(SW_HIDE);
+    root.ShowWindow(SW_SHOW);
+    CPoint p(0, 0);
+    child.ClientToScreen(&p);
+    Pump();
+    EXPECT_TRUE(root.DestroyWindow());
+    EXPECT_TRUE(frame.SetNativeHandle(0));
+    for (NativeWindow w : touched) EXPECT_TRUE(w != host && w != native) << w;
+    EXPECT_EQ(child.GetSafeHwnd(), nullptr);
+    RecordingDisplay::touched = nullptr;
+    AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
+}
+
+TEST_F(ToolkitWindows, FrameLettingGoClosesItsConnectionAndWindows) {
+    Painter root;
+    ASSERT_TRUE(hosted.CreateRoot(root));
+    const NativeWindow native = root.GetNativeWindow();
+    const size_t open = UIConnection::All().size();
+    EXPECT_TRUE(hosted.frame.SetNativeHandle(0));
+    EXPECT_EQ(UIConnection::All().size(), open - 1);
+    EXPECT_EQ(root.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(headless::WindowExists(native));
+    EXPECT_TRUE(headless::WindowExists(hosted.host));
+    EXPECT_EQ(hosted.frame.GetNativeHandle(), 0u);
+    // Without a display the frame cannot wrap anything.
+    AfxSetNativeDisplayFactory([] { return std::unique_ptr<NativeDisplay>(); });
+    EXPECT_FALSE(hosted.frame.SetNativeHandle(hosted.host));
+}
+
+}  // namespace
