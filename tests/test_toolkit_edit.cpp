@@ -1,0 +1,274 @@
+// Edit fields and spin buttons on the headless backend: the keyboard rules
+// of typing, backspace, delete, arrows and selection, the text limit, text
+// placement (left, right-aligned, scrolled), and a spin button with its buddy.
+#include <gtest/gtest.h>
+
+#include <cairo.h>
+
+#include <string>
+
+#include "tests/toolkit/ControlHost.h"
+#include "toolkit/CEdit.h"
+#include "toolkit/CSpinButtonCtrl.h"
+#include "toolkit/ControlPaint.h"
+#include "toolkit/headless/HeadlessDisplay.h"
+
+namespace {
+
+constexpr unsigned long kLeft = 0xff51, kRight = 0xff53, kUp = 0xff52, kDown = 0xff54;
+constexpr unsigned long kHome = 0xff50, kEnd = 0xff57, kBackspace = 0xff08, kDelete = 0xffff;
+constexpr unsigned long kShift = 0xffe1;
+constexpr int kEditId = 77;
+
+std::string TextOf(const CWnd& window) {
+    CString text;
+    window.GetWindowText(text);
+    return std::string(text);
+}
+
+std::pair<int, int> Selection(const CEdit& edit) {
+    int start = 0, end = 0;
+    edit.GetSel(start, end);
+    return {start, end};
+}
+
+class ToolkitEdit : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(host.Open(MakeHeadlessEnvironment(), error)) << error;
+    }
+    void TearDown() override {
+        spin.DestroyWindow();
+        edit.DestroyWindow();
+        host.Close();
+    }
+    void MakeEdit(DWORD style, const CRect& rect) {
+        ASSERT_TRUE(edit.Create(WS_CHILD | WS_VISIBLE | style, rect, &host.Root(), kEditId));
+        host.Env().Settle();
+    }
+    void Type(unsigned long keysym) { host.Env().TypeKey(keysym); }
+    void Chars(std::initializer_list<unsigned> bytes) {
+        for (unsigned b : bytes) edit.SendMessage(WM_CHAR, b, 1);
+    }
+    // The leftmost and rightmost columns inside area (root coordinates)
+    // with dark pixels: where the text's ink is.
+    std::pair<int, int> InkColumns(const CRect& area) {
+        cairo_surface_t* shot = headless::ComposeWindow(host.Root().GetNativeWindow());
+        int left = -1, right = -1;
+        const unsigned char* data = cairo_image_surface_get_data(shot);
+        const int stride = cairo_image_surface_get_stride(shot);
+        for (int y = area.top; y < area.bottom; ++y) {
+            for (int x = area.left; x < area.right; ++x) {
+                const uint32_t pixel = reinterpret_cast<const uint32_t*>(data + y * stride)[x];
+                if (((pixel >> 8) & 0xFF) < 0x80) {
+                    if (left < 0 || x < left) left = x;
+                    if (x > right) right = x;
+                }
+            }
+        }
+        cairo_surface_destroy(shot);
+        return {left, right};
+    }
+
+    ControlHost host;
+    CEdit edit;
+    CSpinButtonCtrl spin;
+};
+
+TEST_F(ToolkitEdit, TypingBackspaceDeleteArrowsAndSelectionFollowTheKeyboardRules) {
+    MakeEdit(WS_BORDER, CRect(20, 20, 220, 44));
+    host.ClickAt(edit, 100, 12);
+    EXPECT_EQ(CWnd::GetFocus(), &edit);
+    // The click gave the root's native window the keyboard.
+    EXPECT_EQ(headless::KeyboardFocus(), host.Root().GetNativeWindow());
+
+    host.Env().TypeText("12345");
+    EXPECT_EQ(TextOf(edit), "12345");
+    EXPECT_EQ(Selection(edit), std::make_pair(5, 5));
+    Type(kLeft);
+    Type(kLeft);
+    host.Env().TypeText("a");
+    EXPECT_EQ(TextOf(edit), "123a45");
+    EXPECT_EQ(Selection(edit), std::make_pair(4, 4));
+    Type(kBackspace);
+    EXPECT_EQ(TextOf(edit), "12345");
+    Type(kDelete);
+    EXPECT_EQ(TextOf(edit), "1235");
+    EXPECT_EQ(Selection(edit), std::make_pair(3, 3));
+    Type(kHome);
+    host.Env().TypeText("x");
+    EXPECT_EQ(TextOf(edit), "x1235");
+    Type(kEnd);
+    EXPECT_EQ(Selection(edit), std::make_pair(5, 5));
+    // Shift extends; what is typed replaces the selection.
+    host.Env().PressKey(kShift);
+    Type(kLeft);
+    Type(kLeft);
+    host.Env().ReleaseKey(kShift);
+    host.Env().Settle();
+    EXPECT_EQ(Selection(edit), std::make_pair(3, 5));
+    host.Env().TypeText("Z");
+    EXPECT_EQ(TextOf(edit), "x12Z");
+    // Left on a selection collapses it to its start.
+    edit.SetSel(1, 3);
+    Type(kLeft);
+    EXPECT_EQ(Selection(edit), std::make_pair(1, 1));
+
+    edit.SetSel(0, -1);
+    EXPECT_EQ(Selection(edit), std::make_pair(0, 4));
+    host.Env().TypeText("9");
+    EXPECT_EQ(TextOf(edit), "9");
+    edit.SetSel(8, 8);  // past the end: the caret goes to the end
+    EXPECT_EQ(Selection(edit), std::make_pair(1, 1));
+
+    // 37 and 39 are ordinary characters here; control characters and 127
+    // change nothing.
+    Chars({37, 39, 1, 13, 27, 28, 127});
+    EXPECT_EQ(TextOf(edit), "9%'");
+
+    // One EN_CHANGE per change of the text, none for moves.
+    const CommandRecorder::Command change{WM_COMMAND, MAKEWPARAM(kEditId, EN_CHANGE),
+                                          reinterpret_cast<LPARAM>(edit.GetSafeHwnd())};
+    EXPECT_EQ(host.Root().commands, std::vector<CommandRecorder::Command>(13, change));
+}
+
+TEST_F(ToolkitEdit, TheLimitCountsCharactersAndCutsWhatIsTyped) {
+    MakeEdit(WS_BORDER, CRect(20, 20, 220, 44));
+    edit.SetFocus();
+    edit.SetLimitText(4);
+    edit.SetWindowText("123456");  // setting the text ignores the limit, as in Win32
+    EXPECT_EQ(TextOf(edit), "123456");
+    EXPECT_EQ(Selection(edit), std::make_pair(0, 0));
+
+    edit.SetWindowText("12");
+    edit.SetSel(2, 2);
+    host.Env().TypeText("345");
+    EXPECT_EQ(TextOf(edit), "1234");
+    // A full field still takes a character in place of a selected one.
+    edit.SetSel(1, 2);
+    host.Env().TypeText("x");
+    EXPECT_EQ(TextOf(edit), "1x34");
+    edit.SetSel(0, 1);
+    edit.ReplaceSel("abc");  // room for one more character only
+    EXPECT_EQ(TextOf(edit), "ax34");
+
+    // UTF-8 arrives one byte per WM_CHAR; a character counts once.
+    edit.SetWindowText("abc");
+    edit.SetSel(3, 3);
+    Chars({0xC3, 0xA9});  // é
+    EXPECT_EQ(TextOf(edit), "abc\xC3\xA9");
+    Chars({0xC3, 0xA9});  // refused whole, no stray byte
+    EXPECT_EQ(TextOf(edit), "abc\xC3\xA9");
+    Type(kLeft);
+    EXPECT_EQ(Selection(edit), std::make_pair(3, 3));
+    Type(kRight);
+    EXPECT_EQ(Selection(edit), std::make_pair(5, 5));
+    Type(kBackspace);
+    EXPECT_EQ(TextOf(edit), "abc");
+}
+
+TEST_F(ToolkitEdit, RightAlignedTextEndsAtTheRightEdgeAndLongTextScrollsToTheCaret) {
+    MakeEdit(ES_RIGHT, CRect(20, 20, 100, 40));
+    edit.SetWindowText("12.5");
+    host.Env().Settle();
+    const CRect area = edit.GetTextArea();
+    EXPECT_EQ(area, CRect(2, 0, 78, 20));
+    CRect inRoot = area;
+    inRoot.OffsetRect(20, 20);
+    const auto ink = InkColumns(inRoot);
+    // The digits' ink ends within the glyph's side bearing of the area's
+    // last column but one (the last is the caret's).
+    EXPECT_GE(ink.second, inRoot.right - 4);
+    EXPECT_LE(ink.second, inRoot.right - 2);
+    EXPECT_GT(ink.first, inRoot.left + 30);
+
+    // Too long to fit: the caret stays in view and the text moves.
+    edit.SetWindowText("1234567890123456789012345");
+    EXPECT_EQ(edit.GetTextOriginX(), area.left);  // caret at 0 after setting the text
+    edit.SetFocus();
+    Type(kEnd);
+    EXPECT_EQ(edit.GetCaretX(), area.right - 1);
+    EXPECT_LT(edit.GetTextOriginX(), area.left - 50);
+    Type(kHome);
+    EXPECT_EQ(edit.GetTextOriginX(), area.left);
+    EXPECT_EQ(edit.GetCaretX(), area.left);
+}
+
+TEST_F(ToolkitEdit, LeftAlignedTextStartsAtTheLeftEdgeAndAClickPlacesTheCaret) {
+    MakeEdit(WS_BORDER, CRect(20, 20, 220, 44));
+    edit.SetWindowText("abcdef");
+    host.Env().Settle();
+    const CRect area = edit.GetTextArea();
+    EXPECT_EQ(area, CRect(4, 2, 196, 22));
+    CRect inRoot = area;
+    inRoot.OffsetRect(20, 20);
+    const auto ink = InkColumns(inRoot);
+    EXPECT_GE(ink.first, inRoot.left);
+    EXPECT_LE(ink.first, inRoot.left + 2);
+
+    // A click between two letters puts the caret there.
+    edit.SetSel(0, 0);
+    const int abc = TextMeasure(nullptr).Width("abc");
+    host.ClickAt(edit, area.left + abc + 1, 10);
+    EXPECT_EQ(Selection(edit), std::make_pair(3, 3));
+}
+
+TEST_F(ToolkitEdit, ASpinStepsWithinItsRangeAndShowsThePositionInItsBuddy) {
+    MakeEdit(ES_RIGHT, CRect(20, 20, 100, 40));
+    ASSERT_TRUE(spin.Create(WS_CHILD | WS_VISIBLE | UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_ALIGNRIGHT,
+                            CRect(100, 20, 116, 40), &host.Root(), 18000));
+    spin.SetBuddy(&edit);
+    spin.SetBase(10);
+    spin.SetRange32(0, 10);
+    EXPECT_EQ(spin.SetPos(12), 0);  // returns the old position
+    EXPECT_EQ(spin.GetPos(), 10);
+    EXPECT_EQ(TextOf(edit), "10");
+    spin.SetPos(-3);
+    EXPECT_EQ(TextOf(edit), "0");
+    host.Env().Settle();
+
+    // The upper arrow is the top half, the lower the bottom half.
+    host.ClickAt(spin, 8, 4);
+    EXPECT_EQ(spin.GetPos(), 1);
+    EXPECT_EQ(TextOf(edit), "1");
+    host.ClickAt(spin, 8, 16);
+    host.ClickAt(spin, 8, 16);  // already at the bottom: nothing
+    EXPECT_EQ(spin.GetPos(), 0);
+    const LPARAM handle = reinterpret_cast<LPARAM>(spin.GetSafeHwnd());
+    std::vector<CommandRecorder::Command> scrolls;
+    for (const auto& c : host.Root().commands)
+        if (c.message == WM_VSCROLL) scrolls.push_back(c);
+    EXPECT_EQ(scrolls, (std::vector<CommandRecorder::Command>{{WM_VSCROLL, MAKEWPARAM(4, 1), handle},
+                                                              {WM_VSCROLL, MAKEWPARAM(4, 0), handle}}));
+
+    // Up and Down in the buddy step it.
+    edit.SetFocus();
+    Type(kUp);
+    Type(kUp);
+    EXPECT_EQ(spin.GetPos(), 2);
+    Type(kDown);
+    EXPECT_EQ(TextOf(edit), "1");
+
+    // Text set on the buddy moves the spin; SetTextForSpin does not.
+    edit.SetWindowText("7");
+    EXPECT_EQ(spin.GetPos(), 7);
+    edit.SetTextForSpin("3");
+    EXPECT_EQ(spin.GetPos(), 7);
+    spin.SetPosForSpin(5);
+    EXPECT_EQ(TextOf(edit), "3");
+
+    spin.SetRange32(0, 300);
+    EXPECT_EQ(spin.SetBase(16), 10);
+    spin.SetPos(255);
+    EXPECT_EQ(TextOf(edit), "0xFF");
+    EXPECT_EQ(spin.SetBase(8), 0);  // only 10 and 16
+
+    // The buddy going away leaves the spin working alone.
+    edit.DestroyWindow();
+    EXPECT_EQ(spin.GetBuddy(), nullptr);
+    spin.Step(1);
+    EXPECT_EQ(spin.GetPos(), 256);
+}
+
+}  // namespace
