@@ -32,11 +32,12 @@ void AfxPumpMessages() {
     // pumping; the outer pump carries on, the inner one returns.
     if (pumping) return;
     pumping = true;
-    for (const std::shared_ptr<UIConnection>& connection : UIConnection::All()) {
-        if (connection->IsOpen()) connection->PumpOnce();
-    }
+    for (const std::shared_ptr<UIConnection>& connection : UIConnection::All())
+        if (connection->IsOpen()) connection->DispatchQueuedEvents();
     MessageQueue::DeliverPosted();
     MessageQueue::FireDueTimers();
+    for (const std::shared_ptr<UIConnection>& connection : UIConnection::All())
+        if (connection->IsOpen()) connection->PaintAndPresent();
     std::vector<HWND> windowless;
     for (CWnd* root : WindowTree::WindowlessRoots()) windowless.push_back(root->m_hWnd);
     for (HWND handle : windowless)

@@ -273,7 +273,10 @@ void UIConnection::DispatchMouse(CWnd* root, const NativeEvent& event) {
 
 void UIConnection::DispatchKey(CWnd* root, const NativeEvent& event) {
     if (!AcceptsInput(root)) return;
-    if (event.keyCode == 0 && event.character == 0) return;
+    // Modifier keys deliver nothing; keys that only type a character have
+    // no WM_KEYUP.
+    if (event.keyCode == 0 && (event.character == 0 || event.type == NativeEventType::KeyRelease))
+        return;
     if (WindowTree::Root(root)->kind == RootKind::Foreign) return;
     m_inputRoot = root->m_hWnd;
     CWnd* focus = CWnd::GetFocus();
@@ -333,6 +336,11 @@ int UIConnection::DrainNativeEvents(int timeoutMs) {
         DispatchEvent(event);
     }
     return handled;
+}
+
+void UIConnection::DispatchQueuedEvents() {
+    std::shared_ptr<UIConnection> keep = Keep(this);
+    DrainNativeEvents(0);
 }
 
 void UIConnection::PumpOnce() {

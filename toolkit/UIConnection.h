@@ -47,8 +47,10 @@ public:
     CSize ScreenSize() const;
 
     // One turn: queued native events, posted messages, due timers, paint and
-    // present. Used by AfxPumpMessages.
+    // present.
     void PumpOnce();
+    // Dispatches the native events queued now (AfxPumpMessages' first step).
+    void DispatchQueuedEvents();
 
     // Runs the connection until keepGoing() answers false, the connection
     // breaks or closes, or modalRoot (when given) is destroyed. While it runs
