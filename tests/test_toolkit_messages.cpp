@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "toolkit/CWinApp.h"
@@ -245,6 +246,50 @@ TEST_F(ToolkitMessages, DueTimersFireOncePerPumpUntilKilled) {
     procFired = 0;
     AfxPumpMessages();
     EXPECT_EQ(procFired, 0u);
+}
+
+TEST_F(ToolkitMessages, PostsFromOtherThreadsArriveInOrder) {
+    Recorder window;
+    ASSERT_TRUE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    AfxPumpMessages();
+    window.received.clear();
+    std::thread poster([&window] {
+        for (int i = 0; i < 100; ++i) window.PostMessage(WM_USER + 2, i);
+    });
+    poster.join();
+    AfxPumpMessages();
+    ASSERT_EQ(window.received.size(), 100u);
+    for (size_t i = 0; i < 100; ++i) EXPECT_EQ(window.received[i].second, i);
+    window.DestroyWindow();
+}
+
+// Handlers that destroy or delete their own window.
+class SelfEnding : public CWnd {
+public:
+    LRESULT OnEnd(WPARAM remove, LPARAM) {
+        DestroyWindow();
+        const LRESULT afterwards = Default();  // still the message being handled
+        if (remove) delete this;
+        return afterwards + 1;
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(SelfEnding, CWnd)
+    ON_MESSAGE(WM_USER + 5, OnEnd)
+END_MESSAGE_MAP()
+
+TEST_F(ToolkitMessages, HandlersMayDestroyOrDeleteTheirWindow) {
+    SelfEnding kept;
+    ASSERT_TRUE(kept.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    EXPECT_EQ(kept.SendMessage(WM_USER + 5, 0), 1);
+    EXPECT_EQ(kept.GetSafeHwnd(), nullptr);
+    EXPECT_EQ(kept.Default(), 0);  // outside any message
+
+    auto* deleted = new SelfEnding;
+    ASSERT_TRUE(deleted->Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    deleted->PostMessage(WM_USER + 5, 1);
+    AfxPumpMessages();  // ASan watches the delivery touch nothing after the delete
 }
 
 TEST_F(ToolkitMessages, ThousandCreateDestroyCyclesLeaveNothing) {

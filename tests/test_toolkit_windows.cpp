@@ -317,6 +317,37 @@ TEST_F(ToolkitWindows, HostDestroyingItsWindowFirstIsSurvivedWithoutNativeCalls)
     AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
 }
 
+// Native roots, their buffers and their connections: 1000 cycles, one
+// connection of their own every tenth; the sanitizer build checks leaks.
+TEST_F(ToolkitWindows, ThousandNativeCyclesLeaveNoWindows) {
+    const size_t screenWindows = headless::ChildrenOf(hosted.host).size();
+    for (int i = 0; i < 1000; ++i) {
+        CFrameWnd ownFrame;
+        CFrameWnd& frame = i % 10 == 0 ? ownFrame : hosted.frame;
+        if (&frame == &ownFrame) ASSERT_TRUE(ownFrame.SetNativeHandle(hosted.host));
+        auto* root = new Painter;
+        ASSERT_TRUE(root->Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 64, 48), &frame, 1));
+        auto* child = new Painter;
+        ASSERT_TRUE(child->Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(4, 4, 20, 20), root, 2));
+        Painter popup;
+        ASSERT_TRUE(UIConnection::CreatePopupRoot(popup, nullptr, CRect(0, 0, 30, 30), child));
+        popup.ShowWindow(SW_SHOW);
+        child->SetFocus();
+        root->InvalidateRect(CRect(1, 1, 5, 5));
+        Pump();
+        if (i % 2) {
+            delete root;  // takes the child's and the popup's windows along
+            delete child;
+        } else {
+            root->DestroyWindow();
+            delete child;
+            delete root;
+        }
+    }
+    EXPECT_EQ(headless::ChildrenOf(hosted.host).size(), screenWindows);
+    headless::TakePresents();
+}
+
 TEST_F(ToolkitWindows, FrameLettingGoClosesItsConnectionAndWindows) {
     Painter root;
     ASSERT_TRUE(hosted.CreateRoot(root));

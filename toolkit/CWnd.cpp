@@ -62,6 +62,8 @@ CWnd* CWnd::FromHandle(HWND hwnd) { return WindowTree::Lookup(hwnd); }
 
 CWnd::CWnd() = default;
 
+void AfxForgetDispatches(const CWnd* window);
+
 CWnd::~CWnd() {
     // A window deleted in the middle of its own destruction (by a handler)
     // still leaves the tree completely.
@@ -69,6 +71,7 @@ CWnd::~CWnd() {
         WindowTree::FinishDestroy(this);
     else if (m_hWnd)
         DestroyWindow();
+    AfxForgetDispatches(this);
 }
 
 BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,

@@ -163,7 +163,6 @@ private:
     BOOL m_enabled = TRUE;
     BOOL m_visible = FALSE;
     CRect m_updateRect;
-    const MSG* m_currentMsg = nullptr;
     struct RootData* m_root = nullptr;  // non-null for roots
     std::vector<CWnd*> m_owned;         // popups and dialogs this window owns
     bool m_destroying = false;

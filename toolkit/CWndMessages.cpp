@@ -1,6 +1,7 @@
 // Message dispatch: the message map lookup, the handler calls by signature
 // kind, and the built-in behaviour of windows (DefWindowProc).
 #include <cstring>
+#include <vector>
 
 #include "toolkit/CDC.h"
 #include "toolkit/CWnd.h"
@@ -62,30 +63,50 @@ LRESULT CallHandler(CCmdTarget* target, const AFX_MSGMAP_ENTRY& entry, WPARAM wP
 
 }  // namespace
 
+namespace {
+
+// The messages being handled, innermost last, so that Default() finds its
+// window's current one. Entries name their window only while it exists.
+struct Dispatch {
+    const CWnd* window;
+    MSG msg;
+};
+thread_local std::vector<Dispatch> dispatching;
+
+}  // namespace
+
+void AfxForgetDispatches(const CWnd* window) {
+    for (Dispatch& d : dispatching)
+        if (d.window == window) d.window = nullptr;
+}
+
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     MSG msg;
     msg.hwnd = m_hWnd;
     msg.message = message;
     msg.wParam = wParam;
     msg.lParam = lParam;
-    const MSG* outer = m_currentMsg;
-    m_currentMsg = &msg;
-    // The handler may destroy (or delete) this window: touch nothing after
-    // it unless the handle still names this object.
-    const HWND self = m_hWnd;
+    const size_t depth = dispatching.size();
+    dispatching.push_back(Dispatch{this, msg});
+    // The handler may destroy or even delete this window: nothing here
+    // touches it afterwards.
     LRESULT result;
     if (const AFX_MSGMAP_ENTRY* entry = FindMessageEntry(message, wParam))
         result = CallHandler(this, *entry, wParam, lParam);
     else
         result = DefWindowProc(message, wParam, lParam);
-    if (!self || FromHandle(self) == this) m_currentMsg = outer;
+    dispatching.resize(depth);
     return result;
 }
 
 LRESULT CWnd::Default() {
-    if (!m_currentMsg) return 0;
-    const MSG msg = *m_currentMsg;
-    return DefWindowProc(msg.message, msg.wParam, msg.lParam);
+    for (auto it = dispatching.rbegin(); it != dispatching.rend(); ++it) {
+        if (it->window == this) {
+            const MSG msg = it->msg;
+            return DefWindowProc(msg.message, msg.wParam, msg.lParam);
+        }
+    }
+    return 0;
 }
 
 BOOL CWnd::PreTranslateMessage(MSG* /*msg*/) { return FALSE; }

@@ -95,7 +95,16 @@ void UIConnection::Close() {
             }
         }
         if (!victim) break;
-        if (!victim->DestroyWindow()) RemoveRoot(victim);
+        if (!victim->DestroyWindow()) {
+            // Already on its way out further up the stack: it finishes
+            // without this connection.
+            RootData* data = WindowTree::Root(victim);
+            RemoveRoot(victim);
+            if (data) {
+                data->nativeDead = true;
+                data->connection = nullptr;
+            }
+        }
     }
     // Frames still wrapping a host window on this connection stay frames,
     // but without a native side.
