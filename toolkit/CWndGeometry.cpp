@@ -10,10 +10,9 @@ void InvalidateCovered(CWnd* window, bool erase) {
     CWnd* root = WindowTree::RootOf(window);
     if (!root || root == window) return;
     CWnd* parent = window->GetParent();
-    CRect area = rect::Offset(CRect(0, 0, 0, 0), CPoint());
     RECT client;
     window->GetClientRect(&client);
-    area = rect::Offset(CRect(client), WindowTree::OffsetInRoot(window));
+    CRect area = rect::Offset(CRect(client), WindowTree::OffsetInRoot(window));
     if (parent) area = rect::Intersect(area, WindowTree::VisibleRectInRoot(parent));
     WindowTree::InvalidateRoot(root, area, erase);
 }
