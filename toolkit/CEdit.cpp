@@ -336,18 +336,19 @@ void CEdit::DrawField(CDC& dc) {
     CFont* oldFont = dc.SelectObject(font);
     const CRect area = GetTextArea();
     const std::string text = Text();
-    const int lineHeight = font->GetLineHeight();
-    const int top = area.top + (area.Height() - lineHeight) / 2;
+    const TextPlacement line = CentreTextLine(font, area.top, area.bottom);
+    const int glyphTop = std::max(area.top, line.glyphTop);
+    const int glyphBottom = std::min(area.bottom, line.glyphBottom);
     const int origin = GetTextOriginX();
     dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(enabled ? theme::Text : theme::TextDisabled);
-    dc.ExtTextOut(origin, top, ETO_CLIPPED, &area, text.c_str(), static_cast<int>(text.size()));
+    dc.ExtTextOut(origin, line.y, ETO_CLIPPED, &area, text.c_str(), static_cast<int>(text.size()));
     int from, to;
     GetSel(from, to);
     if (focused && from != to) {
         // The selected part again, light on the highlight.
-        CRect band(origin + TextWidth(text, from), std::max(area.top, top - 1),
-                   origin + TextWidth(text, to), std::min(area.bottom, top + lineHeight + 1));
+        CRect band(origin + TextWidth(text, from), glyphTop, origin + TextWidth(text, to),
+                   glyphBottom);
         band.left = std::max(band.left, area.left);
         band.right = std::min(band.right, area.right);
         if (!band.IsRectEmpty()) {
@@ -356,15 +357,14 @@ void CEdit::DrawField(CDC& dc) {
                 paint.Fill(band, theme::Accent);
             }
             dc.SetTextColor(theme::TextSelected);
-            dc.ExtTextOut(origin, top, ETO_CLIPPED, &band, text.c_str(),
+            dc.ExtTextOut(origin, line.y, ETO_CLIPPED, &band, text.c_str(),
                           static_cast<int>(text.size()));
         }
     }
-    if (focused && from == to) {
+    if (focused && from == to && glyphBottom > glyphTop) {
         ControlPainter paint(dc);
         const int x = GetCaretX();
-        paint.Line(x, std::max(area.top, top), x,
-                   std::min(area.bottom - 1, top + lineHeight - 1), theme::Text);
+        paint.Line(x, glyphTop, x, glyphBottom - 1, theme::Text);
     }
     dc.SelectObject(oldFont);
 }

@@ -20,6 +20,25 @@ CFont* AfxControlFontOf(const CWnd* window) {
     return own ? own : AfxGetControlFont();
 }
 
+TextPlacement CentreTextLine(CFont* font, int top, int bottom) {
+    if (!font) font = AfxGetControlFont();
+    const int size = std::max(1, font->GetPointSize());
+    // Capitals of a sans face stand about 0.72 em, ascenders 0.95 em,
+    // descenders 0.24 em.
+    const int capHeight = (size * 72 + 50) / 100;
+    const int baseline = top + (bottom - top + capHeight + 1) / 2;
+    TextPlacement place;
+    place.baseline = baseline;
+    place.y = baseline - font->GetAscent();
+    place.glyphTop = baseline - (size * 95 + 50) / 100 - 1;
+    place.glyphBottom = baseline + (size * 24 + 50) / 100 + 2;
+    return place;
+}
+
+int ListRowHeight(int pointSize) { return std::max(18, pointSize + 9); }
+
+int FieldHeight(int pointSize) { return std::max(22, pointSize + 13); }
+
 ControlPainter::ControlPainter(CDC& dc) {
     cairo_surface_t* target = dc.GetTargetSurface();
     if (!target || cairo_surface_status(target) != CAIRO_STATUS_SUCCESS) return;
@@ -128,3 +147,5 @@ int TextMeasure::Width(const char* text) const {
 int TextMeasure::LineHeight() const { return m_font->GetLineHeight(); }
 
 int TextMeasure::Ascent() const { return m_font->GetAscent(); }
+
+int TextMeasure::PointSize() const { return m_font->GetPointSize(); }

@@ -35,6 +35,24 @@ CFont* AfxGetControlFont();
 // The font a window draws its text with: its own (SetFont) or the default.
 CFont* AfxControlFontOf(const CWnd* window);
 
+// Where one line of text goes to look centred between top and bottom: y for
+// ExtTextOut (the baseline is y + the font's ascent) and the band the glyphs
+// take (for the caret and the selection). The font's line height follows
+// the face's bounding box, much taller than its letters, so the capitals
+// are what is centred.
+struct TextPlacement {
+    int y;
+    int baseline;
+    int glyphTop;
+    int glyphBottom;  // exclusive
+};
+TextPlacement CentreTextLine(CFont* font, int top, int bottom);
+
+// Row heights of lists and menus, and the height of a closed combo box or a
+// one-line field, for a font of pointSize points.
+int ListRowHeight(int pointSize);
+int FieldHeight(int pointSize);
+
 enum class ArrowDirection { Up, Down, Left, Right };
 
 // Draws into a DC's image with cairo, in the DC's coordinates and within its
@@ -70,6 +88,7 @@ public:
     int Width(const char* text) const;
     int LineHeight() const;
     int Ascent() const;
+    int PointSize() const;
 
 private:
     mutable CDC m_dc;

@@ -11,6 +11,7 @@ constexpr int kTurnLimit = 600;
 
 LRESULT CommandRecorder::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND || message == WM_VSCROLL) commands.push_back({message, wParam, lParam});
+    if (message == WM_COMMAND && onCommand) onCommand();
     if (message == WM_PAINT) {
         CPaintDC dc(this);
         CRect client;

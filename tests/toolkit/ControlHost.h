@@ -25,6 +25,7 @@ public:
         }
     };
     std::vector<Command> commands;
+    std::function<void()> onCommand;  // called as each WM_COMMAND arrives
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 };
 
