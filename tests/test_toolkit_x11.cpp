@@ -553,8 +553,17 @@ TEST(X11Errors, LosingTheServerLeavesABrokenConnectionNotAnEndedProcess) {
     display.reset();
 }
 
-TEST(X11Pixels, OtherVisualsGetConvertedPixels) {
-    PrivateServer server("320x240x16");
+// Screens of other depths: what is presented is repacked for the visual and
+// reads back as the nearest colour the visual has.
+struct OtherVisual {
+    const char* screen;
+    uint32_t greyReadBack;  // of 0x808080
+};
+
+class X11Pixels : public ::testing::TestWithParam<OtherVisual> {};
+
+TEST_P(X11Pixels, PresentRepacksForTheVisual) {
+    PrivateServer server(GetParam().screen);
     ASSERT_TRUE(server.Running() || !X11Required()) << "Xvfb does not start";
     if (!server.Running()) GTEST_SKIP() << "Xvfb not available";
     DisplayVariable variable(server.Name());
@@ -565,7 +574,10 @@ TEST(X11Pixels, OtherVisualsGetConvertedPixels) {
     cairo_surface_t* surface = SolidSurface(60, 40, 0, 1, 0);
     cairo_t* cr = cairo_create(surface);
     cairo_set_source_rgb(cr, 1, 0, 1);
-    cairo_rectangle(cr, 30, 0, 30, 40);
+    cairo_rectangle(cr, 30, 0, 20, 40);
+    cairo_fill(cr);
+    cairo_set_source_rgb(cr, 128 / 255.0, 128 / 255.0, 128 / 255.0);
+    cairo_rectangle(cr, 50, 0, 10, 40);
     cairo_fill(cr);
     cairo_destroy(cr);
     display->Present(window, surface, CRect(0, 0, 60, 40));
@@ -574,9 +586,14 @@ TEST(X11Pixels, OtherVisualsGetConvertedPixels) {
     EXPECT_EQ(PixelAt(shot, 0, 0), 0xFF00FF00u);
     EXPECT_EQ(PixelAt(shot, 29, 39), 0xFF00FF00u);
     EXPECT_EQ(PixelAt(shot, 30, 0), 0xFFFF00FFu);
+    EXPECT_EQ(PixelAt(shot, 59, 39), GetParam().greyReadBack);
     cairo_surface_destroy(shot);
     cairo_surface_destroy(surface);
 }
+
+INSTANTIATE_TEST_SUITE_P(Depths, X11Pixels,
+                         ::testing::Values(OtherVisual{"320x240x16", 0xFF848284u},
+                                           OtherVisual{"320x240x30", 0xFF808080u}));
 
 // The toolkit's side: windows embedded in a host window, on the X11 backend.
 
