@@ -18,5 +18,7 @@ typedef int (*AfxMessageBoxHandler)(const char* text, unsigned type, unsigned he
 int AfxMessageBox(const char* text, unsigned type = MB_OK, unsigned helpId = 0);
 
 // Installs the handler that AfxMessageBox calls (null: the default, which
-// writes the text to stderr and answers IDOK). Returns the previous handler.
+// shows a modal alert window while a display connection is open on the
+// calling thread, and otherwise writes the text to stderr and answers IDOK).
+// Returns the previous handler.
 AfxMessageBoxHandler AfxSetMessageBoxHandler(AfxMessageBoxHandler handler);

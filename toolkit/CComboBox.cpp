@@ -186,7 +186,11 @@ LRESULT CComboBox::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         Invalidate(FALSE);
         return 0;
     case WM_DESTROY:
-        m_dropped = nullptr;  // the list, owned by this box, goes too
+        // The entries belong to the window, as in Win32: a dialog made again
+        // fills its box again.
+        m_dropped = nullptr;  // the open list, owned by this box, goes too
+        m_items.clear();
+        m_cur = -1;
         break;
     default:
         break;

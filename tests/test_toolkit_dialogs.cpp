@@ -1,0 +1,371 @@
+// Dialogs from templates and the message box, on the headless screen and,
+// when a server is reachable, on X11: the save dialog's template, DoModal's
+// answers to Return, Escape, the close button and the buttons, members bound
+// with DDX_Control, a list choice inside the dialog, and the alert window.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/TempFolder.h"
+#include "tests/toolkit/ControlHost.h"
+#include "toolkit/CButton.h"
+#include "toolkit/CComboBox.h"
+#include "toolkit/CDialog.h"
+#include "toolkit/CEdit.h"
+#include "toolkit/ComboListPopup.h"
+#include "toolkit/ControlPaint.h"
+#include "toolkit/Gdi.h"
+#include "toolkit/DialogTemplate.h"
+#include "toolkit/MessageBoxDialog.h"
+#include "toolkit/ResourceFolder.h"
+#include "toolkit/UIConnection.h"
+#include "toolkit/WindowTree.h"
+#include "toolkit/headless/HeadlessDisplay.h"
+
+namespace {
+
+constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kTab = 0xff09, kDown = 0xff54;
+constexpr int kProgramList = 1120, kNameField = 5000;
+
+// The plug-in's save dialog in miniature: a bound program list whose choice
+// puts the entry's text into the name field; OK records what it saw.
+class SaveLikeDialog : public CDialog {
+public:
+    explicit SaveLikeDialog(CWnd* parent) : CDialog(5040, parent) {}
+    CComboBox m_programs;
+    std::string okName;
+    int okSelection = -1;
+
+    void DoDataExchange(CDataExchange* dx) override {
+        CDialog::DoDataExchange(dx);
+        DDX_Control(dx, kProgramList, m_programs);
+    }
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        for (int i = 1; i <= 64; ++i) m_programs.AddString((std::to_string(i) + ":Program").c_str());
+        m_programs.SetCurSel(3);
+        SetDlgItemText(kNameField, "Name 4");
+        return TRUE;
+    }
+    void OnOK() override {
+        CString name;
+        GetDlgItemText(kNameField, name);
+        okName = name;
+        okSelection = m_programs.GetCurSel();
+        CDialog::OnOK();
+    }
+    void OnSelectProgram() {
+        CString entry;
+        m_programs.GetLBText(m_programs.GetCurSel(), entry);
+        SetDlgItemText(kNameField, entry);
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(SaveLikeDialog, CDialog)
+    ON_CBN_SELCHANGE(kProgramList, OnSelectProgram)
+END_MESSAGE_MAP()
+
+template <class T>
+T* Modal() {
+    UIConnection* connection = UIConnection::Current();
+    return connection ? dynamic_cast<T*>(connection->ModalRoot()) : nullptr;
+}
+
+std::string TextOf(const CWnd* window) {
+    CString text;
+    if (window) window->GetWindowText(text);
+    return std::string(text);
+}
+
+CPoint MiddleOf(const CWnd* window) {
+    CRect r;
+    window->GetClientRect(&r);
+    return ControlHost::Screen(*window, r.Width() / 2, r.Height() / 2);
+}
+
+TEST(ToolkitDialogTemplate, TheSaveDialogsTemplateHasItsFourControlsAndTwoLabels) {
+    AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
+    DialogTemplate t;
+    ASSERT_TRUE(LoadDialogTemplate(5040, t));
+    AfxSetResourceFolder(nullptr);
+    EXPECT_EQ(t.width, 300);
+    EXPECT_EQ(t.height, 130);
+    EXPECT_EQ(t.title, "Save Program");
+    struct Expected {
+        DialogControlKind kind;
+        int id;
+        CRect rect;
+        const char* caption;
+    } expected[] = {
+        {DialogControlKind::Static, 0xFFFF, CRect(12, 14, 72, 36), "Program"},
+        {DialogControlKind::Combo, kProgramList, CRect(80, 14, 288, 254), ""},
+        {DialogControlKind::Static, 0xFFFF, CRect(12, 50, 72, 72), "Name"},
+        {DialogControlKind::Edit, kNameField, CRect(80, 50, 288, 72), ""},
+        {DialogControlKind::DefButton, IDOK, CRect(128, 94, 204, 118), "OK"},
+        {DialogControlKind::Button, IDCANCEL, CRect(212, 94, 288, 118), "Cancel"},
+    };
+    ASSERT_EQ(t.controls.size(), std::size(expected));
+    for (size_t i = 0; i < t.controls.size(); ++i) {
+        EXPECT_EQ(t.controls[i].kind, expected[i].kind) << i;
+        EXPECT_EQ(t.controls[i].id, expected[i].id) << i;
+        EXPECT_EQ(t.controls[i].rect, expected[i].rect) << i;
+        EXPECT_EQ(t.controls[i].caption, expected[i].caption) << i;
+    }
+    // 22 pixels of box, 12 rows below it.
+    EXPECT_EQ((t.controls[1].rect.Height() - 22 - 2) / CComboListPopup::RowHeight(nullptr), 12);
+}
+
+TEST(ToolkitDialogTemplate, ReadingKeepsWhatIsWellFormedAndBoundsTheNumbers) {
+    DialogTemplate t;
+    EXPECT_FALSE(ParseDialogTemplate("", t));
+    EXPECT_FALSE(ParseDialogTemplate("edit 1 0 0 10 10\n", t));  // no dialog line first
+    EXPECT_FALSE(ParseDialogTemplate("dialog 10\n", t));
+    ASSERT_TRUE(ParseDialogTemplate(
+        "# comment\n"
+        "\n"
+        "dialog 99999 -5 \"A \\\"quoted\\\" title\"\r\n"
+        "button 7 1 2 3 4 \"Go \\\\ on\"\n"
+        "slider 8 1 2 3 4 \"unknown kind\"\n"
+        "edit 9 1 2 x 4\n"
+        "edit 10 1 2 3\n"
+        "static 11 1 2 3 4 \"unterminated\n"
+        "edit 12 -9000 50 40 10\n",
+        t));
+    EXPECT_EQ(t.width, 4096);
+    EXPECT_EQ(t.height, 1);
+    EXPECT_EQ(t.title, "A \"quoted\" title");
+    ASSERT_EQ(t.controls.size(), 2u);
+    EXPECT_EQ(t.controls[0].caption, "Go \\ on");
+    EXPECT_EQ(t.controls[0].rect, CRect(1, 2, 3, 4));
+    // Clamped; a right or bottom before its left or top gives an empty rectangle.
+    EXPECT_EQ(t.controls[1].rect, CRect(-4096, 50, 40, 50));
+    EXPECT_EQ(t.Find(12), &t.controls[1]);
+    EXPECT_EQ(t.Find(8), nullptr);
+}
+
+TEST(ToolkitDialogTemplate, WithoutTemplateOrDisplayDoModalAnswersMinusOne) {
+    TempFolder folder;
+    AfxSetResourceFolder(folder.path().c_str());
+    CDialog missing(4242);
+    EXPECT_EQ(missing.DoModal(), -1);
+    AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
+    SaveLikeDialog noDisplay(nullptr);  // no connection is open
+    EXPECT_EQ(noDisplay.DoModal(), -1);
+    AfxSetResourceFolder(nullptr);
+}
+
+class ToolkitDialogs : public ::testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        std::unique_ptr<TestEnvironment> environment = MakeEnvironmentNamed(GetParam());
+        if (!environment) {
+            if (X11IsRequired()) FAIL() << "no X server at $DISPLAY";
+            GTEST_SKIP() << "no X server at $DISPLAY";
+        }
+        std::string error;
+        ASSERT_TRUE(host.Open(std::move(environment), error)) << error;
+        AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
+        baseline = WindowTree::LiveWindowCount();
+    }
+    void TearDown() override {
+        AfxSetResourceFolder(nullptr);
+        host.Close();
+    }
+    bool Headless() const { return GetParam() == "headless"; }
+    // Waits until the dialog is up and its controls can take input.
+    ModalScript& WaitForDialog(ModalScript& script) {
+        return script.WaitUntil([] {
+            CDialog* dialog = Modal<CDialog>();
+            CWnd* focus = CWnd::GetFocus();
+            return dialog && dialog->IsWindowVisible() && focus &&
+                   focus->GetNativeWindow() == dialog->GetNativeWindow();
+        });
+    }
+
+    ControlHost host;
+    size_t baseline = 0;
+};
+
+TEST_P(ToolkitDialogs, ReturnEscapeAndTheCloseButtonEndTheDialog) {
+    // Return with a typed name: the focus starts on the list, Tab moves it
+    // to the name (all selected), typing replaces it.
+    {
+        SaveLikeDialog dialog(&host.Root());
+        std::string focusAtStart;
+        ModalScript script(host.Env());
+        WaitForDialog(script).Do([&] {
+            focusAtStart = CWnd::GetFocus() == &dialog.m_programs ? "list" : "other";
+        });
+        if (Headless()) {
+            script.Do([] {
+                headless::WriteWindowPng(Modal<CDialog>()->GetNativeWindow(),
+                                         TAPDELAY_BINARY_DIR "toolkit-dialog.png");
+            });
+        }
+        script.Key(kTab)
+            .WaitUntil([&] { return CWnd::GetFocus() == dialog.GetDlgItem(kNameField); })
+            .Text("Bright")
+            .WaitUntil([&] { return TextOf(dialog.GetDlgItem(kNameField)) == "Bright"; });
+        if (Headless()) {
+            script.Do([] {
+                headless::WriteWindowPng(Modal<CDialog>()->GetNativeWindow(),
+                                         TAPDELAY_BINARY_DIR "toolkit-dialog-typed.png");
+            });
+        }
+        script.Key(kReturn);
+        script.Install();
+        EXPECT_EQ(dialog.DoModal(), IDOK);
+        EXPECT_FALSE(script.Overran());
+        EXPECT_EQ(focusAtStart, "list");
+        EXPECT_EQ(dialog.okName, "Bright");
+        EXPECT_EQ(dialog.okSelection, 3);
+        // Window and controls are gone, owned controls freed.
+        EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
+        EXPECT_EQ(dialog.m_programs.GetSafeHwnd(), nullptr);
+        EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
+    }
+    // Escape.
+    {
+        SaveLikeDialog dialog(&host.Root());
+        ModalScript script(host.Env());
+        WaitForDialog(script).Text("zz").Key(kEscape);
+        script.Install();
+        EXPECT_EQ(dialog.DoModal(), IDCANCEL);
+        EXPECT_FALSE(script.Overran());
+        EXPECT_EQ(dialog.okSelection, -1);  // OnOK never ran
+    }
+    // The window manager's close button.
+    if (Headless()) {
+        SaveLikeDialog dialog(&host.Root());
+        ModalScript script(host.Env());
+        WaitForDialog(script).Do([] { headless::RequestClose(Modal<CDialog>()->GetNativeWindow()); });
+        script.Install();
+        EXPECT_EQ(dialog.DoModal(), IDCANCEL);
+        EXPECT_FALSE(script.Overran());
+    }
+    // The same object runs again with a freshly filled list.
+    {
+        SaveLikeDialog dialog(&host.Root());
+        for (int run = 0; run < 2; ++run) {
+            ModalScript script(host.Env());
+            WaitForDialog(script).Key(kReturn);
+            script.Install();
+            EXPECT_EQ(dialog.DoModal(), IDOK);
+            EXPECT_EQ(dialog.okName, "Name 4");
+        }
+    }
+    EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
+}
+
+TEST_P(ToolkitDialogs, AListChoiceInsideTheDialogReachesItsHandlerAndReturnThenConfirms) {
+    SaveLikeDialog dialog(nullptr);
+    // Without a parent the dialog goes over the window that took the input.
+    host.ClickAt(host.Root(), 5, 5);
+    CRect dialogRect, rootRect;
+    host.Root().GetWindowRect(&rootRect);
+    std::string nameAfterChoice;
+    bool runningAfterListReturn = false;
+    ModalScript script(host.Env());
+    WaitForDialog(script)
+        .Do([&] {
+            dialog.GetWindowRect(&dialogRect);
+            const CPoint box = MiddleOf(&dialog.m_programs);
+            host.Env().MovePointer(box.x, box.y);
+            host.Env().PressButton(1);
+            host.Env().ReleaseButton(1);
+        })
+        .WaitUntil([&] { return dialog.m_programs.GetDroppedList() != nullptr; });
+    if (Headless()) {
+        script.Do([&] {
+            headless::WriteWindowPng(dialog.m_programs.GetDroppedList()->GetNativeWindow(),
+                                     TAPDELAY_BINARY_DIR "toolkit-dialog-list.png");
+        });
+    }
+    script.Key(kDown)
+        .Key(kDown)
+        .WaitUntil([&] { return dialog.m_programs.GetDroppedList()->GetHotIndex() == 5; })
+        .Key(kReturn)  // chooses in the list; the dialog stays
+        .WaitUntil([&] { return dialog.m_programs.GetDroppedList() == nullptr; })
+        .Do([&] {
+            runningAfterListReturn = dialog.IsRunning();
+            nameAfterChoice = TextOf(dialog.GetDlgItem(kNameField));
+        })
+        .Key(kReturn);
+    script.Install();
+    EXPECT_EQ(dialog.DoModal(), IDOK);
+    EXPECT_FALSE(script.Overran());
+    EXPECT_TRUE(runningAfterListReturn);
+    EXPECT_EQ(nameAfterChoice, "6:Program");
+    EXPECT_EQ(dialog.okName, "6:Program");
+    EXPECT_EQ(dialog.okSelection, 5);
+    // Centred on the root window that was clicked.
+    EXPECT_EQ(dialogRect.Size(), CSize(300, 130));
+    EXPECT_LE(std::abs((dialogRect.left + dialogRect.right) - (rootRect.left + rootRect.right)), 1);
+    EXPECT_LE(std::abs((dialogRect.top + dialogRect.bottom) - (rootRect.top + rootRect.bottom)), 1);
+}
+
+TEST_P(ToolkitDialogs, TheButtonsAnswerOkAndCancel) {
+    for (int id : {IDOK, IDCANCEL}) {
+        SaveLikeDialog dialog(&host.Root());
+        ModalScript script(host.Env());
+        WaitForDialog(script).Do([&, id] {
+            const CPoint at = MiddleOf(dialog.GetDlgItem(id));
+            host.Env().MovePointer(at.x, at.y);
+            host.Env().PressButton(1);
+            host.Env().ReleaseButton(1);
+        });
+        script.Install();
+        EXPECT_EQ(dialog.DoModal(), id);
+        EXPECT_FALSE(script.Overran());
+        EXPECT_EQ(dialog.okSelection, id == IDOK ? 3 : -1);
+    }
+}
+
+TEST_P(ToolkitDialogs, TheMessageBoxShowsItsTextAndCloses) {
+    const char* text =
+        "The program bank could not be saved to the preferences folder. Check that the folder "
+        "exists and can be written.";
+    std::string shown;
+    int labelLines = 0;
+    ModalScript script(host.Env());
+    WaitForDialog(script).Do([&] {
+        CDialog* box = Modal<CMessageBoxDialog>();
+        if (!box) return;
+        CWnd* label = box->GetDlgItem(CMessageBoxDialog::kTextId);
+        shown = TextOf(label);
+        CRect r;
+        label->GetClientRect(&r);
+        labelLines = r.Height() / AfxGetControlFont()->GetLineHeight();
+    });
+    if (Headless()) {
+        script.Do([] {
+            headless::WriteWindowPng(Modal<CDialog>()->GetNativeWindow(),
+                                     TAPDELAY_BINARY_DIR "toolkit-message-box.png");
+        });
+    }
+    script.Key(kReturn);
+    script.Install();
+    EXPECT_EQ(AfxMessageBox(text, MB_OK | MB_ICONERROR), IDOK);
+    EXPECT_FALSE(script.Overran());
+    EXPECT_EQ(shown, text);
+    EXPECT_EQ(labelLines, 2);
+
+    // OK and Cancel: Escape cancels; with OK alone Escape answers IDOK.
+    ModalScript cancel(host.Env());
+    WaitForDialog(cancel).Key(kEscape);
+    cancel.Install();
+    EXPECT_EQ(AfxMessageBox("Overwrite?", MB_OKCANCEL), IDCANCEL);
+    ModalScript escape(host.Env());
+    WaitForDialog(escape).Key(kEscape);
+    escape.Install();
+    EXPECT_EQ(AfxMessageBox("Done."), IDOK);
+    EXPECT_FALSE(cancel.Overran() || escape.Overran());
+    EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
+}
+
+INSTANTIATE_TEST_SUITE_P(Environments, ToolkitDialogs,
+                         ::testing::ValuesIn(ControlEnvironmentNames()),
+                         [](const ::testing::TestParamInfo<std::string>& info) { return info.param; });
+
+}  // namespace
