@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 #include "support/TempFolder.h"
 #include "tests/toolkit/ControlHost.h"
@@ -316,6 +317,9 @@ TEST_P(ToolkitDialogs, TheButtonsAnswerOkAndCancel) {
             host.Env().ReleaseButton(1);
         });
         script.Install();
+        // The editor window opens the dialog from a click it captured: the
+        // capture must not keep the dialog's clicks.
+        host.Root().SetCapture();
         EXPECT_EQ(dialog.DoModal(), id);
         EXPECT_FALSE(script.Overran());
         EXPECT_EQ(dialog.okSelection, id == IDOK ? 3 : -1);
@@ -362,6 +366,16 @@ TEST_P(ToolkitDialogs, TheMessageBoxShowsItsTextAndCloses) {
     EXPECT_EQ(AfxMessageBox("Done."), IDOK);
     EXPECT_FALSE(cancel.Overran() || escape.Overran());
     EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
+
+    // Off the UI thread no window opens: the text goes to stderr.
+    bool loopRan = false;
+    AfxSetModalIdleHook([&] { loopRan = true; });
+    int answer = 0;
+    std::thread other([&] { answer = AfxMessageBox("from the audio thread", MB_OKCANCEL); });
+    other.join();
+    AfxSetModalIdleHook(nullptr);
+    EXPECT_EQ(answer, IDOK);
+    EXPECT_FALSE(loopRan);
 }
 
 INSTANTIATE_TEST_SUITE_P(Environments, ToolkitDialogs,

@@ -111,6 +111,7 @@ TEST_P(ToolkitPopups, AClickOnAnItemSendsItsCommandOnceThePopupIsGone) {
     script.Install();
     host.Root().onCommand = [&] { popupGoneAtCommand = CWnd::FromHandle(popupSeen) == nullptr; };
     const size_t before = host.Root().commands.size();
+    host.Root().SetCapture();  // as a window clicked to open its menu may have
     EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), TRUE);
     host.Root().onCommand = nullptr;
     EXPECT_NE(popupSeen, nullptr);

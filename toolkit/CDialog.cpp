@@ -159,6 +159,8 @@ intptr_t CDialog::DoModal() {
 
     m_result = -1;
     m_running = true;
+    // The mouse belongs to the dialog now, not to a window that captured it.
+    if (CWnd::GetCapture()) ReleaseCapture();
     ShowWindow(SW_SHOW);
     if (OnInitDialog() && CWnd::FromHandle(self) == this) FocusFirstControl();
     if (m_running && CWnd::FromHandle(self) == this) {

@@ -18,6 +18,9 @@ bool CTrackedPopup::Track() {
         if (open.get() == connection) keep = open;
     if (!keep) return false;
     const HWND self = GetSafeHwnd();
+    // A window that captured the mouse (a control being clicked) would take
+    // the popup's mouse input: the capture ends here, as in Win32.
+    if (CWnd::GetCapture()) ReleaseCapture();
     ShowWindow(SW_SHOW);
     UpdateWindow();
     connection->GrabInput(this);
