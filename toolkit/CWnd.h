@@ -175,6 +175,17 @@ LRESULT SendMessage0(CWnd* window, UINT message, WPARAM wParam, LPARAM lParam);
 // cursor and background brush; windows created with it take those.
 LPCTSTR AfxRegisterWndClass(UINT classStyle, HCURSOR cursor = nullptr, HBRUSH background = nullptr,
                             HICON icon = nullptr);
+// A window class under a name of its own (the fields of Win32's WNDCLASS
+// that the toolkit uses). Registering a name again keeps the first
+// registration and succeeds, as MFC's AfxRegisterClass does.
+struct WNDCLASS {
+    UINT style = 0;
+    HICON hIcon = nullptr;
+    HCURSOR hCursor = nullptr;
+    HBRUSH hbrBackground = nullptr;
+    LPCTSTR lpszClassName = nullptr;
+};
+BOOL AfxRegisterClass(const WNDCLASS* wndClass);
 HCURSOR LoadCursor(HINSTANCE instance, LPCTSTR cursorName);
 HGDIOBJ GetStockObject(int index);
 BOOL ReleaseCapture();

@@ -302,6 +302,7 @@ void UIConnection::DispatchKey(CWnd* root, const NativeEvent& event) {
     msg.lParam = 1;
     msg.time = event.timeMs;
     msg.pt = CPoint(event.rootX, event.rootY);
+    msg.character = event.character;
     if (PreTranslate(handle, msg)) return;
     if (CWnd* w = CWnd::FromHandle(handle)) w->SendMessage(msg.message, msg.wParam, msg.lParam);
     if (!event.character) return;

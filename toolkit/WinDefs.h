@@ -240,6 +240,10 @@ struct MSG {
     LPARAM lParam = 0;
     DWORD time = 0;
     POINT pt{0, 0};
+    // WM_KEYDOWN: the character the key types (0 when none), which arrives
+    // as WM_CHAR unless PreTranslateMessage consumes the key-down; a field
+    // that consumes it can still act on the character.
+    uint32_t character = 0;
 };
 typedef MSG* LPMSG;
 

@@ -72,6 +72,17 @@ LPCTSTR AfxRegisterWndClass(UINT classStyle, HCURSOR cursor, HBRUSH background, 
     return Classes().back().name.c_str();
 }
 
+BOOL AfxRegisterClass(const WNDCLASS* wndClass) {
+    if (!wndClass || !wndClass->lpszClassName || !*wndClass->lpszClassName) return FALSE;
+    std::lock_guard<std::mutex> lock(classesMutex);
+    for (const Registered& r : Classes())
+        if (r.name == wndClass->lpszClassName) return TRUE;
+    Classes().push_back(Registered{wndClass->lpszClassName,
+                                   WindowClass{wndClass->style, wndClass->hbrBackground,
+                                               wndClass->hCursor}});
+    return TRUE;
+}
+
 HCURSOR LoadCursor(HINSTANCE /*instance*/, LPCTSTR cursorName) {
     // Windows keep the default pointer; the handle only has to be non-null.
     static char arrow;
