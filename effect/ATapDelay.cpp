@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "editor/CDelayEditor.h"
 #include "effect/TapMixer.h"
 
 namespace {
@@ -56,6 +57,8 @@ ATapDelay::ATapDelay(audioMasterCallback audioMaster)
 
     peakInL = peakInR = peakOutL = peakOutR = 0.0f;
     processCounter = 0xFFFF;
+    // The editor attaches itself to the effect and lives as long as it does.
+    new CDelayEditor(this);
     resume();
 }
 

@@ -31,7 +31,7 @@ ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 
 echo "=== ThreadSanitizer ==="
 configure build-tsan -DTAPDELAY_SANITIZE=thread
-cmake --build build-tsan -j"$JOBS" --target TapDelay tapdelay_resources test_concurrency
+cmake --build build-tsan -j"$JOBS" --target TapDelay tapdelay_resources test_concurrency test_editor_concurrency
 TSAN_OPTIONS="halt_on_error=1" ctest --test-dir build-tsan --output-on-failure -L tsan
 
 if [ -f tests/fuzz/CMakeLists.txt ]; then

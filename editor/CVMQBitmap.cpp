@@ -1,0 +1,16 @@
+#include "editor/CVMQBitmap.h"
+
+#include <cstdint>
+
+#include "toolkit/ResourceFolder.h"
+
+BOOL CVMQBitmap::LoadResourceBitmap(LPCTSTR id) {
+    const unsigned number = static_cast<unsigned>(reinterpret_cast<uintptr_t>(id) & 0xFFFF);
+    return LoadBitmap(number);
+}
+
+CString getResourcePath(int id) {
+    CString path;
+    path.Format("%sbmp%05d.png", AfxGetResourceFolder(), id);
+    return path;
+}

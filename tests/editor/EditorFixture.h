@@ -1,0 +1,56 @@
+// An ATapDelay linked into the test with its editor open in a host window of
+// the headless backend, and ways to look at what the editor shows.
+#pragma once
+
+#include <cairo.h>
+
+#include <memory>
+#include <string>
+
+#include "editor/CDelayEditor.h"
+#include "editor/CUIWindow.h"
+#include "tests/support/EffectUnderTest.h"
+#include "tests/support/TempFolder.h"
+#include "tests/toolkit/TestEnvironment.h"
+
+class EditorFixture {
+public:
+    EditorFixture();
+    ~EditorFixture();
+
+    ATapDelay& effect() { return **m_effect; }
+    EffectUnderTest& host() { return *m_effect; }
+    CDelayEditor& editor() { return *m_editor; }
+    CUIWindow& window() { return *m_editor->GetWindow(); }
+    TestEnvironment& env() { return *m_env; }
+
+    // Closes the editor and opens it again in the same host window.
+    void Reopen() {
+        m_editor->close();
+        m_editor->open(reinterpret_cast<void*>(m_hostWindow));
+    }
+    // One host idle call (meters, recorded changes, painting).
+    void Idle() { m_editor->idle(); }
+    // The host window's pixels now; the caller destroys the surface.
+    cairo_surface_t* Capture();
+    void WritePng(const std::string& name);  // into the build folder
+    // Screen point of a client point of the editor window.
+    CPoint Screen(int x, int y) const { return CPoint(kLeft + x, kTop + y); }
+    void Click(int x, int y);
+
+    static constexpr int kLeft = 40, kTop = 30;
+
+private:
+    TempFolder m_preferences;
+    std::unique_ptr<TestEnvironment> m_env;
+    std::unique_ptr<EffectUnderTest> m_effect;
+    CDelayEditor* m_editor = nullptr;
+    NativeWindow m_hostWindow = 0;
+    std::unique_ptr<NativeDisplay> m_viewer;
+};
+
+// Pixel of an RGB24 surface as 0xRRGGBB.
+uint32_t PixelAt(cairo_surface_t* surface, int x, int y);
+// The bounding box of the pixels that differ between two equal-sized
+// captures, outside ignore.
+CRect DifferenceBounds(cairo_surface_t* a, cairo_surface_t* b, const CRect& ignore = CRect());
