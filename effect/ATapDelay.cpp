@@ -7,13 +7,7 @@
 
 #include "editor/CDelayEditor.h"
 #include "effect/TapMixer.h"
-
-namespace {
-
-// Work buffers never grow beyond this; a longer host block is sliced.
-constexpr int kMaxWorkBlock = 1 << 16;
-
-}  // namespace
+#include "host/HostQuirks.h"
 
 ATapDelay::ATapDelay(audioMasterCallback audioMaster)
     : AudioEffectX(audioMaster, kNumPrograms, kNumParams) {
@@ -87,9 +81,9 @@ void ATapDelay::setSampleRate(float rate) {
 void ATapDelay::setBlockSize(VstInt32 size) {
     CSingleLock lock(engineLock);
     AudioEffectX::setBlockSize(size);
-    // A host that announces no usable size still gets working buffers; longer
-    // blocks are processed in slices of this size.
-    int usable = size > 0 ? std::min(size, kMaxWorkBlock) : 256;
+    // Hosts may announce no usable size, or process longer blocks than they
+    // announce: those are processed in slices of this size.
+    int usable = HostQuirks::WorkBlockSize(size);
     blockSizeCopy = usable;
     AllocateWorkBuffers(usable);
     for (DelayMain& delay : delays) delay.SetBloackSize(usable);
@@ -201,9 +195,10 @@ void ATapDelay::MixSlice(double** inputs, double** outputs, int offset, int coun
     }
 }
 
+// Tap k follows the host tempo at (k + 1) note lengths. A host without a
+// tempo gives an infinite note, which the 4000 ms bound rejects.
 void ATapDelay::FollowTempo() {
-    VstIntPtr answer = callHost(audioMasterTempoAt, 0, 0);
-    double quarter = 60000.0 / (float)(answer / 10000.0);
+    double quarter = 60000.0 / HostQuirks::HostTempo(*this);
     double note = quarter / std::pow(2.0, (double)internal[kParamSyncNote]);
     for (int tap = 0; tap < kNumTaps; tap++) {
         float time = (float)((tap + 1) * note);

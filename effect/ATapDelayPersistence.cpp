@@ -1,9 +1,7 @@
 // Programs leaving and entering the effect: host chunks (one program or the
 // whole bank as raw records) and the default bank file, read at open from the
 // Preferences folder or the plug-in's folder and written when the user saves.
-#include <dlfcn.h>
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +12,7 @@
 
 #include "effect/ATapDelay.h"
 #include "effect/BankFile.h"
+#include "host/HostQuirks.h"
 #include "toolkit/AfxMessageBox.h"
 #include "toolkit/CFileFind.h"
 #include "toolkit/CString.h"
@@ -39,11 +38,6 @@ std::string HomeFolder() {
     return "";
 }
 
-bool IsFolder(const char* path) {
-    struct stat info;
-    return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 }  // namespace
 
 // The user's settings live in $XDG_CONFIG_HOME/TapDelay/, else ~/.config/TapDelay/.
@@ -61,27 +55,10 @@ void GetMy_SHFOLDER_PathName() {
 
 const char* ATapDelay::GetPreferencesFolder() const { return szGlobalMyApplicationDataPathName; }
 
-// The host's directory answer names the plug-in's folder (or, from some hosts,
-// the plug-in file itself); without one, the folder of the loaded library.
+// Where the factory bank lies: the folder the host names, else the one the
+// plug-in was loaded from.
 void ATapDelay::FindPluginFolder() {
-    std::string folder;
-    const char* answer = static_cast<const char*>(getDirectory());
-    if (answer && *answer) {
-        folder = answer;
-        if (folder.size() > 1 && folder.back() != '/' && !IsFolder(answer)) {
-            size_t slash = folder.find_last_of('/');
-            folder = (slash != std::string::npos && slash >= 1) ? folder.substr(0, slash + 1)
-                                                                 : std::string();
-        }
-    }
-    if (folder.empty()) {
-        Dl_info info;
-        if (dladdr(reinterpret_cast<void*>(&GetMy_SHFOLDER_PathName), &info) && info.dli_fname) {
-            folder = info.dli_fname;
-            size_t slash = folder.find_last_of('/');
-            folder = slash != std::string::npos ? folder.substr(0, slash + 1) : "./";
-        }
-    }
+    std::string folder = HostQuirks::PluginFolder(getDirectory());
     char resolved[kMaxPOSIXPathBytes];
     PathToPOSIX(resolved, sizeof resolved, folder.c_str());
     CopyFolder(bundleFolder, sizeof bundleFolder, resolved);

@@ -76,6 +76,7 @@ VstIntPtr PluginUnderTest::answer(VstInt32 opcode, VstInt32 index, VstIntPtr val
     switch (opcode) {
         case audioMasterVersion: return versionAnswer;
         case audioMasterTempoAt: return tempoAnswer;
+        case audioMasterGetTime: return timeInfoGiven ? (VstIntPtr)&timeInfo : 0;
         case audioMasterGetDirectory:
             return directoryAnswer.empty() ? 0 : (VstIntPtr)directoryAnswer.c_str();
         default: return 0;

@@ -50,6 +50,9 @@ public:
 
     std::vector<HostCall> calls;    // everything the plug-in asked, in order
     VstIntPtr tempoAnswer = 0;      // answer to audioMasterTempoAt
+    // Answer to audioMasterGetTime: &timeInfo when given, else null.
+    bool timeInfoGiven = false;
+    VstTimeInfo timeInfo{};
     VstIntPtr versionAnswer = 2400; // answer to audioMasterVersion
     // Answer to audioMasterGetDirectory ("" = none, so the plug-in finds its own
     // folder with the factory bank). By default an empty folder: a fresh bank.

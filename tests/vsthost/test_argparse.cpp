@@ -95,6 +95,24 @@ TEST(PluginSetupArgs, DefaultsAndGivenValues) {
     EXPECT_THROW(pluginSetupFrom(parser.parse({"-p", "=0.5"})), ParamError);
 }
 
+TEST(PluginSetupArgs, HostTempoAnswers) {
+    ArgParser parser;
+    addPluginOptions(parser);
+    const PluginSetup defaults = pluginSetupFrom(parser.parse({}));
+    EXPECT_EQ(defaults.tempoAtScale, 10000);
+    EXPECT_TRUE(defaults.timeInfo);
+
+    for (int scale : {1000, 10000, 0}) {
+        const PluginSetup s =
+            pluginSetupFrom(parser.parse({"--tempo-at-scale", std::to_string(scale)}));
+        EXPECT_EQ(s.tempoAtScale, scale);
+    }
+    EXPECT_FALSE(pluginSetupFrom(parser.parse({"--no-time-info"})).timeInfo);
+    for (const char* bad : {"100", "-1000", "1e4", "", "x"})
+        EXPECT_THROW(pluginSetupFrom(parser.parse({"--tempo-at-scale", bad})), ArgError) << bad;
+    EXPECT_THROW(parser.parse({"--no-time-info=1"}), ArgError);
+}
+
 TEST(ParamAssignmentText, NumbersUnitsAndTexts) {
     using Mode = ParamAssignment::Mode;
     struct Case {

@@ -92,6 +92,24 @@ TEST_F(HostCallback, TempoRateBlockSizeAndDirectory) {
     EXPECT_EQ(std::string(folder), expected);
 }
 
+TEST_F(HostCallback, TempoAnswersOfOtherHosts) {
+    host->setTempo(98.0);
+    const struct {
+        int scale;
+        VstIntPtr tempoAt;
+    } cases[] = {{10000, 980000}, {1000, 98000}, {0, 0}};
+    for (const auto& c : cases) {
+        host->transport().tempoAtScale = c.scale;
+        EXPECT_EQ(ask(audioMasterTempoAt), c.tempoAt) << "scale " << c.scale;
+        // The time info keeps the true tempo whatever the scale.
+        EXPECT_EQ(time().tempo, 98.0);
+    }
+    host->transport().timeInfo = false;
+    host->clearCallbackLog();
+    EXPECT_EQ(ask(audioMasterGetTime, 0, kVstTempoValid), 0);
+    EXPECT_EQ(host->callbackLog().getTime, 1);
+}
+
 TEST_F(HostCallback, CanDoAndPins) {
     char sendTime[] = "sendVstTimeInfo", sizeWindow[] = "sizeWindow";
     EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sendTime), 1);

@@ -214,3 +214,43 @@ TEST(TapDelayRender, HostAnswersTimeAndTempo) {
     const AudioBuffer out = renderThrough(setup, makeImpulse(48000, 2, 20000, 0, 1.0f));
     EXPECT_EQ((long)loudest(out.channels[0]).first, 14400);
 }
+
+TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
+    // "Quarter Note Echo" follows the tempo with tap 0 alone, one quarter
+    // note late; its stored time is the one at 120 BPM (500 ms). At 98 BPM a
+    // quarter is 612.24 ms: 29387 samples at 48 kHz, heard at 612.2 ms.
+    struct Case {
+        std::string hostOptions;
+        double firstEchoMs;
+    };
+    const Case cases[] = {
+        {"", 612.2},
+        // Ardour 7's scale: 98 BPM reads as 9.8 BPM from audioMasterTempoAt,
+        // but the time info carries the right tempo and wins.
+        {"--tempo-at-scale 1000", 612.2},
+        {"--tempo-at-scale 10000 --no-time-info", 612.2},
+        // Without time info the bad answers leave the stored time alone: a
+        // 6122 ms quarter is beyond the taps' 4000 ms, and 0 is no tempo.
+        {"--tempo-at-scale 1000 --no-time-info", 500.0},
+        {"--tempo-at-scale 0 --no-time-info", 500.0},
+    };
+    TempFolder dir;
+    const double rate = 48000;
+    writeAudioFile(dir.file("in.wav"), makeImpulse(rate, 1, 36000, 0, 1.0f));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.hostOptions.empty() ? "documented answers" : c.hostOptions);
+        const std::string command = std::string(VSTHOST_EXE) + " render '" + dir.file("in.wav") +
+                                    "' '" + dir.file("out.wav") + "' --plugin " +
+                                    TAPDELAY_PLUGIN_PATH +
+                                    " --program 'Quarter Note Echo' --tempo 98 --tail 0 " +
+                                    c.hostOptions + " > '" + dir.file("log.txt") + "'";
+        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        const AudioBuffer out = readAudioFile(dir.file("out.wav"));
+        // The dry impulse at 0, then silence until the first echo.
+        size_t first = 1;
+        while (first < out.frames() && out.channels[0][first] == 0.0f)
+            ++first;
+        ASSERT_LT(first, out.frames());
+        EXPECT_NEAR(first * 1000.0 / rate, c.firstEchoMs, 0.05);
+    }
+}

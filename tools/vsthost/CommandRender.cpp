@@ -47,6 +47,9 @@ int runRender(const Args& args) {
     printf("process   %s precision, block %d, tempo %g BPM, tail %s\n",
            setup.doublePrecision ? "double" : "single", setup.blockSize, setup.tempo,
            tail == "auto" ? "until quiet" : (tail + " s").c_str());
+    if (setup.tempoAtScale != 10000 || !setup.timeInfo)
+        printf("host      tempo at = BPM x %d, time info %s\n", setup.tempoAtScale,
+               setup.timeInfo ? "given" : "withheld");
     if (input.channelCount() == 1 && host->numInputs() > 1)
         printf("note      the mono input feeds all %d plug-in inputs\n", host->numInputs());
     if ((int)input.channelCount() > host->numInputs())

@@ -317,6 +317,8 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
             std::lock_guard<std::mutex> lock(logMutex_);
             ++log_.getTime;
         }
+        if (!transport_.timeInfo)
+            return 0;
         // One record per thread: the audio thread's stays as it was during
         // its block whatever another thread asks meanwhile.
         thread_local VstTimeInfo answered;
@@ -326,7 +328,7 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
     case audioMasterTempoAt: {
         std::lock_guard<std::mutex> lock(logMutex_);
         ++log_.tempoAt;
-        return (VstIntPtr)(transport_.tempo * 10000.0 + 0.5);
+        return (VstIntPtr)(transport_.tempo * transport_.tempoAtScale + 0.5);
     }
     case audioMasterGetNumAutomatableParameters:
         return effect_ ? effect_->numParams : 0;

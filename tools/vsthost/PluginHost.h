@@ -53,6 +53,11 @@ struct HostTransport {
     int timeSigNumerator = 4;
     int timeSigDenominator = 4;
     VstInt32 processLevel = kVstProcessLevelRealtime;
+    // How audioMasterTempoAt answers: BPM times this. The interface says
+    // 10000; 1000 and 0 are what some hosts answer instead.
+    int tempoAtScale = 10000;
+    // false: audioMasterGetTime answers null, as hosts without time info do.
+    bool timeInfo = true;
 };
 
 struct AutomationEvent {

@@ -56,6 +56,10 @@ void addPluginOptions(ArgParser& parser) {
               "with a unit (250ms, -6dB, 50%) or as text (PK, ON); NAME:=VALUE for "
               "display units without a unit")
         .option("tempo", 0, "BPM", "host tempo (default 120)")
+        .option("tempo-at-scale", 0, "1000|10000|0",
+                "answer audioMasterTempoAt with BPM times this, as hosts do: 10000 as "
+                "documented (default), 1000 as Ardour 7, 0 for no answer")
+        .flag("no-time-info", 0, "answer audioMasterGetTime with null, as hosts without time info do")
         .option("block", 'b', "N", "block size in frames (default 512)")
         .flag("double", 0, "process in double precision");
 }
@@ -70,6 +74,13 @@ PluginSetup pluginSetupFrom(const ParsedArgs& args) {
         parseParamAssignment(p);  // form errors now, before any work
     if (args.has("tempo"))
         setup.tempo = parseDoubleArg(args.get("tempo"), "--tempo", 1.0, 999.0);
+    if (args.has("tempo-at-scale")) {
+        const std::string scale = args.get("tempo-at-scale");
+        if (scale != "1000" && scale != "10000" && scale != "0")
+            throw ArgError("--tempo-at-scale: \"" + scale + "\" is not 1000, 10000 or 0");
+        setup.tempoAtScale = std::stoi(scale);
+    }
+    setup.timeInfo = !args.has("no-time-info");
     if (args.has("block"))
         setup.blockSize = parseIntArg(args.get("block"), "--block", 1, 65536);
     setup.doublePrecision = args.has("double");
@@ -120,6 +131,8 @@ std::unique_ptr<PluginHost> startPlugin(const PluginSetup& setup, double sampleR
     transport.sampleRate = sampleRate;
     transport.blockSize = setup.blockSize;
     transport.tempo = setup.tempo;
+    transport.tempoAtScale = setup.tempoAtScale;
+    transport.timeInfo = setup.timeInfo;
     std::unique_ptr<PluginHost> host = PluginHost::create(setup.pluginPath, transport);
     host->open();
     prepareForProcessing(*host, sampleRate, setup.blockSize, setup.doublePrecision);

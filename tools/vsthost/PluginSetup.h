@@ -20,6 +20,8 @@ struct PluginSetup {
     std::string patchFile;            // .fxb or .fxp; empty for none
     std::vector<std::string> params;  // NAME=VALUE, applied in order
     double tempo = 120.0;
+    int tempoAtScale = 10000;  // how the host answers audioMasterTempoAt
+    bool timeInfo = true;      // false: no answer to audioMasterGetTime
     int blockSize = 512;
     bool doublePrecision = false;
 };
@@ -27,7 +29,8 @@ struct PluginSetup {
 // TapDelay.so: next to this build, else where `make install` puts it.
 std::string defaultPluginPath();
 
-// --plugin, --program, --load, --param, --tempo, --block, --double.
+// --plugin, --program, --load, --param, --tempo, --tempo-at-scale,
+// --no-time-info, --block, --double.
 void addPluginOptions(ArgParser& parser);
 // Throws ArgError for values out of range; the parameter texts are checked
 // for form here and against the plug-in when applied.

@@ -1,0 +1,63 @@
+#include "host/HostQuirks.h"
+
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/AudioEffectX.h"
+
+namespace HostQuirks {
+
+namespace {
+
+bool IsFolder(const char* path) {
+    struct stat info;
+    return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// Any address inside this library tells dladdr which file it was loaded from.
+std::string LoadedLibraryFolder() {
+    Dl_info info;
+    if (!dladdr(reinterpret_cast<void*>(&LoadedLibraryFolder), &info) || !info.dli_fname)
+        return "";
+    std::string file = info.dli_fname;
+    size_t slash = file.find_last_of('/');
+    return slash != std::string::npos ? file.substr(0, slash + 1) : "./";
+}
+
+}  // namespace
+
+float TempoFromTimeInfo(const VstTimeInfo* info) {
+    if (!info || !(info->flags & kVstTempoValid)) return 0.0f;
+    float tempo = (float)info->tempo;
+    return tempo > 0.0f && std::isfinite(tempo) ? tempo : 0.0f;
+}
+
+float TempoFromTempoAt(VstIntPtr answer) { return (float)(answer / 10000.0); }
+
+float HostTempo(AudioEffectX& effect) {
+    if (float tempo = TempoFromTimeInfo(effect.getTimeInfo(kTimeInfoRequest))) return tempo;
+    return TempoFromTempoAt(effect.tempoAt(0));
+}
+
+std::string PluginFolder(const void* directoryAnswer) {
+    const char* answer = static_cast<const char*>(directoryAnswer);
+    std::string folder;
+    if (answer && *answer) {
+        folder = answer;
+        if (folder.size() > 1 && folder.back() != '/' && !IsFolder(answer)) {
+            size_t slash = folder.find_last_of('/');
+            folder = (slash != std::string::npos && slash >= 1) ? folder.substr(0, slash + 1)
+                                                                 : std::string();
+        }
+    }
+    return folder.empty() ? LoadedLibraryFolder() : folder;
+}
+
+int WorkBlockSize(VstInt32 announced) {
+    return announced > 0 ? std::min<int>(announced, kMaxWorkBlock) : 256;
+}
+
+}  // namespace HostQuirks

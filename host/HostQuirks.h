@@ -1,0 +1,62 @@
+// What real hosts do where it differs from what the VST 2.4 interface
+// documents, and what TapDelay does about it. Host-specific handling lives
+// here (or is named here); the effect asks these functions instead of
+// reading a host's raw answer itself.
+//
+// | Case                          | Known hosts              | What the host does                                      | What we do                                              |
+// |-------------------------------|--------------------------|---------------------------------------------------------|---------------------------------------------------------|
+// | Tempo in the wrong scale      | Ardour 7 (Debian 12:     | answers audioMasterTempoAt with BPM x 1000, not         | HostTempo: the tempo of audioMasterGetTime asked with   |
+// |                               | 7.3)                     | x 10000: 120 BPM reads as 12 BPM                        | kVstTempoValid comes first; TempoAt only without it     |
+// | No tempo answer               | hosts that dropped the   | answer 0 to audioMasterTempoAt (deprecated in 2.4)      | the same: time info first; a 0 from TempoAt gives no    |
+// |                               | deprecated opcodes       |                                                         | tempo, and the tap times stay as they are               |
+// | Time info without the tempo   | minimal hosts, some      | audioMasterGetTime answers null, or a record without    | HostTempo falls back to audioMasterTempoAt              |
+// |                               | bridges                  | kVstTempoValid, or with a tempo of 0                    |                                                         |
+// | No directory answer           | Ardour, most Linux hosts | audioMasterGetDirectory answers 0 (others give the      | PluginFolder: the folder of the loaded library          |
+// |                               |                          | plug-in file's path rather than its folder)             | (dladdr); a file path is cut back to its folder         |
+// | Blocks longer than announced  | hosts that change the    | process more frames than the last effSetBlockSize, or   | WorkBlockSize caps and defaults the taps' work buffers; |
+// |                               | period without telling   | announce 0                                              | the effect processes longer blocks in slices            |
+// | Editor calls on a host thread | hosts with a GUI thread  | send effEditOpen / effEditIdle / effEditClose from a    | every X call happens on the thread that opens and idles |
+// |                               | of their own             | thread other than the one that loaded the plug-in       | the editor (Xlib made thread-aware first); the effect   |
+// |                               |                          |                                                         | only records changes for it (ChangeRecord)              |
+// | effEditIdle re-entered        | Ardour (synchronously,   | calls effEditIdle from inside our own                   | CDelayEditor::idle guards re-entry                      |
+// |                               | on the calling thread)   | audioMasterUpdateDisplay and audioMasterIdle calls      |                                                         |
+// | Switch flag on a selector     | Ardour 7                 | shows a parameter flagged kVstParameterIsSwitch as an   | nothing in the plug-in: programs and the editor still   |
+// |                               |                          | on/off toggle even with an integer range of 0..3, so    | reach every note value                                  |
+// |                               |                          | its own controls send SyncNote only 0 or 1 ("Quarter",  |                                                         |
+// |                               |                          | "32th")                                                 |                                                         |
+#pragma once
+
+#include <string>
+
+#include "host/VstAbi.h"
+
+class AudioEffectX;
+
+namespace HostQuirks {
+
+// What the effect asks audioMasterGetTime for: only the tempo.
+constexpr VstInt32 kTimeInfoRequest = kVstTempoValid;
+
+// The host tempo in beats per minute: from the time info when the host gives
+// one that carries kVstTempoValid and a tempo above 0, otherwise from
+// audioMasterTempoAt at position 0 (answer / 10000). 0 when the host gives
+// neither. Held as float, as the tap times are.
+float HostTempo(AudioEffectX& effect);
+
+// The tempo a time-info record carries, or 0 when it carries none.
+float TempoFromTimeInfo(const VstTimeInfo* info);
+
+// The tempo an audioMasterTempoAt answer stands for (0 for none).
+float TempoFromTempoAt(VstIntPtr answer);
+
+// The folder (ending in '/') that holds the plug-in, from the host's
+// audioMasterGetDirectory answer (null, a folder, or the plug-in file), else
+// the folder of the loaded library.
+std::string PluginFolder(const void* directoryAnswer);
+
+// Work buffers are never made longer than this; longer blocks are sliced.
+constexpr int kMaxWorkBlock = 1 << 16;
+// Frames per work buffer for an effSetBlockSize value.
+int WorkBlockSize(VstInt32 announced);
+
+}  // namespace HostQuirks

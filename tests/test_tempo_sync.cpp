@@ -1,0 +1,132 @@
+// Where tempo sync takes the host tempo from, through the built plug-in: the
+// time info when it carries a tempo, audioMasterTempoAt otherwise, with the
+// answers real hosts give (no time info, no tempo flag, a tempo of 0, Ardour's
+// BPM x 1000, no answer at all).
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cmath>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "effect/ATapDelayProgram.h"
+#include "tests/support/PluginUnderTest.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const Texts kEighthsAt120 = {"250.0", "500.0", "750.0", "1000.0", "1250.0", "1500.0"};
+const Texts kUnchanged = {"10.0", "10.0", "10.0", "10.0", "10.0", "10.0"};
+
+struct HostAnswers {
+    const char* what;
+    bool timeInfo;      // audioMasterGetTime answers a record (else null)
+    VstInt32 flags;     // the record's flags
+    double tempo;       // the record's tempo
+    VstIntPtr tempoAt;  // the audioMasterTempoAt answer
+    bool asksTempoAt;   // whether the plug-in has to fall back to it
+    Texts taps;         // the six tap times afterwards ("8th" notes)
+};
+
+void PrintTo(const HostAnswers& host, std::ostream* out) { *out << host.what; }
+
+const VstInt32 kPlaying = kVstTransportPlaying | kVstPpqPosValid | kVstBarsValid;
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+const HostAnswers kHosts[] = {
+    {"time info at 120", true, kPlaying | kVstTempoValid, 120.0, 0, false, kEighthsAt120},
+    {"time info at 120, TempoAt x 1000 (Ardour 7)", true, kPlaying | kVstTempoValid, 120.0,
+     120000, false, kEighthsAt120},
+    {"time info without the tempo flag", true, kPlaying, 90.0, 1200000, true, kEighthsAt120},
+    {"time info with a tempo of 0", true, kPlaying | kVstTempoValid, 0.0, 1200000, true,
+     kEighthsAt120},
+    {"time info with a negative tempo", true, kVstTempoValid, -120.0, 1200000, true,
+     kEighthsAt120},
+    {"time info with a tempo that is not a number", true, kVstTempoValid, kNaN, 1200000, true,
+     kEighthsAt120},
+    {"no time info, TempoAt as documented", false, 0, 0.0, 1200000, true, kEighthsAt120},
+    // 12 BPM: an 8th is 2500 ms; its multiples reach 4000 ms and are skipped.
+    {"no time info, TempoAt x 1000", false, 0, 0.0, 120000, true,
+     {"2500.0", "10.0", "10.0", "10.0", "10.0", "10.0"}},
+    {"no time info, TempoAt 0", false, 0, 0.0, 0, true, kUnchanged},
+};
+
+class TempoSource : public ::testing::TestWithParam<HostAnswers> {
+protected:
+    void SetUp() override {
+        plugin.prepare(44100.0f, 512);
+        plugin.setParameter(61, 1.0f / 3.0f);  // "8th"
+        plugin.setParameter(60, 1.0f);
+    }
+
+    void runBlock() {
+        std::vector<double> left(256, 0.0), right(256, 0.0), outLeft, outRight;
+        plugin.processDouble(left, right, outLeft, outRight);
+    }
+
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+};
+
+}  // namespace
+
+TEST_P(TempoSource, TapTimes) {
+    const HostAnswers& host = GetParam();
+    plugin.timeInfoGiven = host.timeInfo;
+    plugin.timeInfo.tempo = host.tempo;
+    plugin.timeInfo.flags = host.flags;
+    plugin.timeInfo.sampleRate = 44100.0;
+    plugin.tempoAnswer = host.tempoAt;
+    for (int tap = 0; tap < 6; tap++) ASSERT_EQ(plugin.display(3 + tap), "10.0");
+    plugin.clearCalls();
+    runBlock();
+
+    for (int tap = 0; tap < 6; tap++) EXPECT_EQ(plugin.display(3 + tap), host.taps[tap]) << tap;
+    // One question for the time info per block, asking for the tempo.
+    auto getTime = plugin.callsWithOpcode(audioMasterGetTime);
+    ASSERT_EQ(getTime.size(), 1u);
+    EXPECT_EQ(getTime[0].value & kVstTempoValid, kVstTempoValid);
+    auto tempoAt = plugin.callsWithOpcode(audioMasterTempoAt);
+    ASSERT_EQ(tempoAt.size(), host.asksTempoAt ? 1u : 0u);
+    if (host.asksTempoAt) {
+        EXPECT_EQ(tempoAt[0].value, 0);
+    }
+    EXPECT_TRUE(plugin.callsWithOpcode(audioMasterAutomate).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, TempoSource, ::testing::ValuesIn(kHosts),
+                         [](const ::testing::TestParamInfo<HostAnswers>& info) {
+                             std::string name;
+                             for (const char* c = info.param.what; *c; c++)
+                                 if (std::isalnum((unsigned char)*c)) name += *c;
+                             return name;
+                         });
+
+TEST(TempoSync, TimeInfoTempoFollowsChangesAndRecordsThem) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+    plugin.prepare(44100.0f, 512);
+    plugin.timeInfoGiven = true;
+    plugin.timeInfo.flags = kVstTempoValid;
+    plugin.tempoAnswer = 120000;  // wrong scale, never used while the time info has the tempo
+    plugin.setParameter(61, 1.0f / 3.0f);
+    plugin.setParameter(60, 1.0f);
+    std::vector<double> left(64, 0.0), right(64, 0.0), outLeft, outRight;
+
+    // 100 BPM: a 300 ms 8th; then the host slows to 75 BPM: a 400 ms 8th.
+    for (double bpm : {100.0, 75.0}) {
+        plugin.timeInfo.tempo = bpm;
+        plugin.processDouble(left, right, outLeft, outRight);
+        float eighth = (float)(60000.0 / bpm / 2.0);
+        for (int tap = 0; tap < 6; tap++)
+            EXPECT_FLOAT_EQ(plugin.getParameter(3 + tap), (tap + 1) * eighth / 4000.0f) << bpm;
+    }
+    // The current program's record carries the followed times.
+    void* data = nullptr;
+    ASSERT_EQ(plugin.dispatch(effGetChunk, 1, 0, &data), 276);
+    EXPECT_FLOAT_EQ(static_cast<float*>(data)[SlotOfParam(3)], 400.0f / 4000.0f);
+    EXPECT_TRUE(plugin.callsWithOpcode(audioMasterTempoAt).empty());
+}
