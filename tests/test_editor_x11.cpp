@@ -1,0 +1,328 @@
+// The built TapDelay.so's editor on a real X server, as a host shows it: the
+// host's window is the parent, the host idles the editor, and the user's
+// input is real X input (XTest) sent from a thread of its own, because menus
+// and dialogs run their loops inside the host's idle call.
+// GoogleTest before Xlib, whose macros (None, Bool) clash with its names.
+#include <gtest/gtest.h>
+// clang-format off
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+// clang-format on
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <set>
+#include <thread>
+
+#include "tests/support/PluginUnderTest.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kWidth = 800, kHeight = 360;
+
+bool RequireX11() {
+    const char* require = std::getenv("TAPDELAY_REQUIRE_X11");
+    return require && *require == '1';
+}
+
+// A host's editor window: a plain top-level window the editor goes into.
+class HostWindow {
+public:
+    explicit HostWindow(Display* display, int x = 0, int y = 0) : m_display(display) {
+        m_window = XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, kWidth, kHeight, 0, 0, 0);
+        XMapWindow(display, m_window);
+        XSync(display, False);
+    }
+    ~HostWindow() { Destroy(); }
+    void Destroy() {
+        if (!m_window) return;
+        XDestroyWindow(m_display, m_window);
+        XSync(m_display, False);
+        m_window = 0;
+    }
+    void* Handle() const { return reinterpret_cast<void*>(static_cast<uintptr_t>(m_window)); }
+    Window Id() const { return m_window; }
+
+private:
+    Display* m_display;
+    Window m_window = 0;
+};
+
+// The user: XTest input on a connection of its own, on its own thread.
+class User {
+public:
+    User() : m_display(XOpenDisplay(nullptr)) {}
+    ~User() {
+        if (m_thread.joinable()) m_thread.join();
+        if (m_display) XCloseDisplay(m_display);
+    }
+    // Runs script on the user's thread; Done() turns true when it returns.
+    void Start(std::function<void(User&)> script) {
+        m_done = false;
+        m_thread = std::thread([this, script] {
+            script(*this);
+            m_done = true;
+        });
+    }
+    bool Done() const { return m_done; }
+    void Join() {
+        if (m_thread.joinable()) m_thread.join();
+    }
+
+    void Move(int x, int y) {
+        XTestFakeMotionEvent(m_display, DefaultScreen(m_display), x, y, CurrentTime);
+        Sync();
+    }
+    void Button(bool press) {
+        XTestFakeButtonEvent(m_display, 1, press, CurrentTime);
+        Sync();
+    }
+    void Click(int x, int y) {
+        Move(x, y);
+        Button(true);
+        Button(false);
+    }
+    void Key(KeySym keysym) {
+        const KeyCode code = XKeysymToKeycode(m_display, keysym);
+        XTestFakeKeyEvent(m_display, code, True, CurrentTime);
+        XTestFakeKeyEvent(m_display, code, False, CurrentTime);
+        Sync();
+    }
+    void Type(const char* text) {
+        for (; *text; text++) Key(*text == '.' ? XK_period : *text == ' ' ? XK_space : KeySym(*text));
+    }
+    // Waits (up to 5 s) for a new viewable top-level window besides known ones:
+    // a popup menu or a dialog. Its rectangle on the screen, or empty.
+    XRectangle WaitForNewWindow(const std::set<Window>& known) {
+        const auto deadline = Clock::now() + std::chrono::seconds(5);
+        while (Clock::now() < deadline) {
+            Window root = 0, parent = 0, *children = nullptr;
+            unsigned count = 0;
+            XQueryTree(m_display, DefaultRootWindow(m_display), &root, &parent, &children, &count);
+            XRectangle found{};
+            for (unsigned i = 0; i < count; i++) {
+                XWindowAttributes attributes;
+                if (known.count(children[i]) || !XGetWindowAttributes(m_display, children[i], &attributes) ||
+                    attributes.map_state != IsViewable)
+                    continue;
+                found = {short(attributes.x), short(attributes.y), (unsigned short)attributes.width,
+                         (unsigned short)attributes.height};
+            }
+            if (children) XFree(children);
+            if (found.width) return found;
+            Pause(20);
+        }
+        return XRectangle{};
+    }
+    static void Pause(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+private:
+    void Sync() {
+        XSync(m_display, False);
+        Pause(30);
+    }
+    Display* m_display;
+    std::thread m_thread;
+    std::atomic<bool> m_done{true};
+};
+
+// The top-level windows on the screen now.
+std::set<Window> TopLevelWindows(Display* display) {
+    Window root = 0, parent = 0, *children = nullptr;
+    unsigned count = 0;
+    XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
+    std::set<Window> windows(children, children + count);
+    if (children) XFree(children);
+    return windows;
+}
+
+class EditorOnX11 : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_display = XOpenDisplay(nullptr);
+        if (!m_display) {
+            if (RequireX11()) FAIL() << "no X server at DISPLAY";
+            GTEST_SKIP() << "no X server (set DISPLAY, e.g. under xvfb-run)";
+        }
+        plugin.reset(new PluginUnderTest());
+        plugin->prepare(48000.0f, 256);
+    }
+    void TearDown() override {
+        plugin.reset();
+        if (m_display) XCloseDisplay(m_display);
+    }
+    // Idles the editor as a host does, about every 10 ms, until the user's
+    // script is done (and a little longer) or 20 s have passed.
+    void IdleWhile(User& user) {
+        const auto deadline = Clock::now() + std::chrono::seconds(20);
+        while (!user.Done() && Clock::now() < deadline) {
+            plugin->dispatch(effEditIdle);
+            User::Pause(10);
+        }
+        for (int i = 0; i < 10; i++) {
+            plugin->dispatch(effEditIdle);
+            User::Pause(10);
+        }
+        user.Join();
+    }
+    bool SawGesture(int parameter) {
+        bool begin = false, automate = false, end = false;
+        for (const HostCall& call : plugin->calls) {
+            if (call.index != parameter) continue;
+            begin = begin || call.opcode == audioMasterBeginEdit;
+            automate = automate || (begin && call.opcode == audioMasterAutomate);
+            end = end || (automate && call.opcode == audioMasterEndEdit);
+        }
+        return end;
+    }
+
+    IsolatedPreferences preferences;
+    std::unique_ptr<PluginUnderTest> plugin;
+    Display* m_display = nullptr;
+};
+
+TEST_F(EditorOnX11, OpensInTheHostWindowAtTheBackgroundsSize) {
+    EXPECT_EQ(plugin->effect()->flags, 0x1039);
+    ERect* rect = nullptr;
+    ASSERT_EQ(plugin->dispatch(effEditGetRect, 0, 0, &rect), 1);
+    EXPECT_EQ(rect->right - rect->left, kWidth);
+    EXPECT_EQ(rect->bottom - rect->top, kHeight);
+
+    HostWindow host(m_display);
+    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1) << "a second open is harmless";
+    for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
+    rect = nullptr;
+    plugin->dispatch(effEditGetRect, 0, 0, &rect);
+    EXPECT_EQ(rect->right, kWidth);
+    EXPECT_EQ(rect->bottom, kHeight);
+
+    // Exactly one child window of the editor's size, and it shows the picture.
+    Window root = 0, parent = 0, *children = nullptr;
+    unsigned count = 0;
+    XQueryTree(m_display, host.Id(), &root, &parent, &children, &count);
+    ASSERT_EQ(count, 1u);
+    XWindowAttributes attributes;
+    XGetWindowAttributes(m_display, children[0], &attributes);
+    XFree(children);
+    EXPECT_EQ(attributes.width, kWidth);
+    EXPECT_EQ(attributes.height, kHeight);
+    XImage* image = XGetImage(m_display, host.Id(), 0, 0, kWidth, kHeight, AllPlanes, ZPixmap);
+    ASSERT_NE(image, nullptr);
+    std::set<unsigned long> colours;
+    for (int y = 0; y < kHeight; y += 7)
+        for (int x = 0; x < kWidth; x += 7) colours.insert(XGetPixel(image, x, y));
+    XDestroyImage(image);
+    EXPECT_GT(colours.size(), 50u) << "not blank";
+    plugin->dispatch(effEditClose);
+    plugin->dispatch(effEditClose);
+}
+
+TEST_F(EditorOnX11, OpensAndClosesManyTimesAndTwoInstancesAtOnce) {
+    HostWindow host(m_display);
+    for (int round = 0; round < 100; round++) {
+        ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+        plugin->dispatch(effEditIdle);
+        plugin->dispatch(effEditClose);
+    }
+    PluginUnderTest second;
+    HostWindow otherHost(m_display, 0, 400);
+    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    EXPECT_EQ(second.dispatch(effEditOpen, 0, 0, otherHost.Handle()), 1);
+    for (int i = 0; i < 5; i++) {
+        plugin->setParameter(9, i / 5.0f);
+        second.setParameter(10, i / 5.0f);
+        plugin->dispatch(effEditIdle);
+        second.dispatch(effEditIdle);
+    }
+    second.dispatch(effEditClose);
+    plugin->dispatch(effEditClose);
+}
+
+// Some hosts destroy their window before they close the editor.
+TEST_F(EditorOnX11, TheHostDestroyingItsWindowFirstIsHarmless) {
+    HostWindow host(m_display);
+    ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    plugin->dispatch(effEditIdle);
+    host.Destroy();
+    plugin->setParameter(9, 0.3f);
+    for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
+    plugin->dispatch(effEditClose);
+    // And the editor opens again in a new window.
+    HostWindow again(m_display);
+    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, again.Handle()), 1);
+    plugin->dispatch(effEditIdle);
+    plugin->dispatch(effEditClose);
+}
+
+// One control of each kind, typing, a menu choice and the save dialog, all
+// with real X input.
+TEST_F(EditorOnX11, RealInputReachesEveryKindOfControl) {
+    HostWindow host(m_display);
+    ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
+    plugin->setParameter(60, 1.0f);  // tempo sync on: the note menu opens
+    plugin->setParameter(61, 0.0f);
+    const float delayOn = plugin->getParameter(21);
+    const std::set<Window> before = TopLevelWindows(m_display);
+    XRectangle menu{}, dialog{};
+
+    User user;
+    user.Start([&](User& u) {
+        // Gain knob of tap 0 (291, 71, 325, 105): from its left to its right.
+        u.Move(291, 88);
+        u.Button(true);
+        u.Move(308, 72);
+        u.Move(324, 88);
+        u.Button(false);
+        // Delay switch of tap 0, the delay-time slider's left quarter.
+        u.Click(79, 88);
+        u.Click(138 + 27, 88);
+        // Type into the gain text of tap 1.
+        u.Click(266, 127);
+        u.Type("-9");
+        u.Key(XK_Return);
+        // The note menu: the third entry, "16th", by keys.
+        u.Click(200, 342);
+        menu = u.WaitForNewWindow(before);
+        u.Key(XK_Down);
+        u.Key(XK_Down);
+        u.Key(XK_Down);
+        u.Key(XK_Return);
+        User::Pause(100);
+        // The save dialog: slot 3 (two steps down from slot 1), a name, Return.
+        u.Click(291, 18);
+        dialog = u.WaitForNewWindow(before);
+        u.Key(XK_Down);
+        u.Key(XK_Down);
+        u.Key(XK_Tab);
+        u.Type("xtest hall");
+        u.Key(XK_Return);
+    });
+    IdleWhile(user);
+
+    EXPECT_NEAR(plugin->getParameter(9), 0.8f, 1e-6);
+    EXPECT_TRUE(SawGesture(9));
+    EXPECT_EQ(plugin->getParameter(21), delayOn == 1.0f ? 0.0f : 1.0f);
+    EXPECT_NEAR(plugin->getParameter(3), 0.25f, 1e-6);
+    EXPECT_EQ(plugin->display(10).find("-9.0"), 0u) << plugin->display(10);
+    EXPECT_GT(menu.width, 0) << "the note menu did not appear";
+    EXPECT_EQ(plugin->display(61), "16th");
+    EXPECT_GT(dialog.width, 0) << "the save dialog did not appear";
+    // The dialog sits over the editor's middle.
+    EXPECT_NEAR(dialog.x + dialog.width / 2, kWidth / 2, 2);
+    EXPECT_NEAR(dialog.y + dialog.height / 2, kHeight / 2, 2);
+    const std::vector<unsigned char> bank = ReadWholeFile(preferences.bankPath());
+    ASSERT_EQ(bank.size(), 17824u);
+    const char* name = reinterpret_cast<const char*>(&bank[160 + 2 * 276 + 62 * 4]);
+    EXPECT_STREQ(name, "xtest hall");
+    plugin->dispatch(effEditClose);
+}
+
+}  // namespace
