@@ -26,6 +26,9 @@ void printUsage(FILE* out) {
             "  validate [PLUGIN.so]      run the validation battery (non-zero exit on failure)\n"
             "  bench [PLUGIN.so] [--vs OTHER.so ...]\n"
             "                            realtime factor and nanoseconds per frame\n"
+            "  edit [PLUGIN.so] [--audio FILE] [--screenshot FILE.png [--after SECONDS]]\n"
+            "                            the plug-in's editor in a window (needs an X display),\n"
+            "                            with the file (or silence) playing through it\n"
             "  help [COMMAND]            this text, or a command's options\n"
             "\n"
             "examples:\n"
@@ -49,6 +52,8 @@ int runCommand(const std::string& command, const vsthost::Args& args) {
         return vsthost::runValidate(args);
     if (command == "bench")
         return vsthost::runBench(args);
+    if (command == "edit")
+        return vsthost::runEdit(args);
     fprintf(stderr, "vsthost: unknown command \"%s\"\n\n", command.c_str());
     printUsage(stderr);
     return 2;

@@ -1,0 +1,105 @@
+#include "tools/vsthost/EditorSession.h"
+
+#include "tools/vsthost/EditorWindow.h"
+#include "tools/vsthost/PluginHost.h"
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace vsthost {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Processes the audio (looped) or silence block by block at the sample
+// rate's pace, so that meters move as they would in a host.
+class AudioThread {
+public:
+    AudioThread(PluginHost& host, const AudioBuffer* audio) : host_(host), audio_(audio) {
+        thread_ = std::thread([this] { run(); });
+    }
+    ~AudioThread() {
+        stop_ = true;
+        thread_.join();
+    }
+
+private:
+    void run() {
+        const int frames = host_.transport().blockSize;
+        const double rate = host_.transport().sampleRate;
+        std::vector<std::vector<float>> in(std::max(1, host_.numInputs()), std::vector<float>(frames));
+        std::vector<std::vector<float>> out(std::max(1, host_.numOutputs()), std::vector<float>(frames));
+        std::vector<float*> inPointers, outPointers;
+        for (auto& c : in)
+            inPointers.push_back(c.data());
+        for (auto& c : out)
+            outPointers.push_back(c.data());
+        size_t position = 0;
+        const auto start = Clock::now();
+        for (long block = 0; !stop_; ++block) {
+            const size_t length = audio_ ? audio_->frames() : 0;
+            for (size_t c = 0; c < in.size(); ++c)
+                for (int i = 0; i < frames; ++i)
+                    in[c][i] = length ? audio_->channels[c % audio_->channelCount()][(position + i) % length]
+                                      : 0.0f;
+            if (length)
+                position = (position + frames) % length;
+            host_.processFloat(inPointers.data(), outPointers.data(), frames);
+            std::this_thread::sleep_until(start + std::chrono::duration<double>((block + 1) * frames / rate));
+        }
+    }
+
+    PluginHost& host_;
+    const AudioBuffer* audio_;
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
+};
+
+// The editor's size as the plug-in reports it; 0 x 0 when it does not.
+bool editorSize(PluginHost& host, int& width, int& height) {
+    ERect* rect = nullptr;
+    host.dispatch(effEditGetRect, 0, 0, &rect);
+    if (!rect)
+        return false;
+    width = rect->right - rect->left;
+    height = rect->bottom - rect->top;
+    return width > 0 && height > 0;
+}
+
+}  // namespace
+
+void runEditorSession(PluginHost& host, Display* display, const EditorSessionOptions& options) {
+    if (!host.hasFlag(effFlagsHasEditor))
+        throw HostError("the plug-in has no editor");
+    int width = 0, height = 0;
+    if (!editorSize(host, width, height))
+        width = 400, height = 300;  // some editors know their size only once open
+    EditorWindow window(display, host.effectName(), width, height);
+    if (!host.dispatch(effEditOpen, 0, 0, window.parentHandle()))
+        throw HostError("the plug-in could not open its editor");
+    int openWidth = width, openHeight = height;
+    if (editorSize(host, openWidth, openHeight) && (openWidth != width || openHeight != height))
+        window.resize(openWidth, openHeight);
+    window.show();
+
+    {
+        AudioThread audio(host, options.audio);
+        const auto start = Clock::now();
+        const auto period = std::chrono::duration<double>(1.0 / options.idleRate);
+        for (long tick = 1; window.handleEvents(); ++tick) {
+            host.dispatch(effEditIdle);
+            if (!options.screenshot.empty() &&
+                Clock::now() - start >= std::chrono::duration<double>(options.after)) {
+                window.writePng(options.screenshot);
+                break;
+            }
+            std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(period * tick));
+        }
+    }
+    host.dispatch(effEditClose);
+}
+
+}  // namespace vsthost
