@@ -1,12 +1,14 @@
 // vsthost demo: a synthesised phrase through several presets, with a sound
 // file and a picture (input, output, impulse response) for each.
 #include "tools/vsthost/CommandSupport.h"
+#include "tools/vsthost/EditorSession.h"
 #include "tools/vsthost/Plot.h"
 #include "tools/vsthost/PluginHost.h"
 #include "tools/vsthost/PluginSetup.h"
 #include "tools/vsthost/Renderer.h"
 #include "tools/vsthost/Synth.h"
 #include "tools/vsthost/WavIO.h"
+#include "tools/vsthost/XServer.h"
 
 #include <sys/stat.h>
 
@@ -90,6 +92,32 @@ float peakOf(const AudioBuffer& a) {
             if (std::isfinite(x))
                 peak = std::max(peak, std::fabs(x));
     return peak;
+}
+
+// A picture of the plug-in's editor showing the program, with the demo's
+// input playing so that its meters move; on $DISPLAY, else on a private
+// Xvfb, else not at all.
+void writeEditorPicture(const PluginSetup& setup, double rate, const AudioBuffer& input,
+                        const std::string& path) {
+    const XServer server(true);
+    if (!server.display()) {
+        printf("editor    no picture: no X display and no Xvfb (Debian package xvfb)\n");
+        return;
+    }
+    std::unique_ptr<PluginHost> host = startPlugin(setup, rate);
+    if (!host->hasFlag(effFlagsHasEditor))
+        return;
+    EditorSessionOptions options;
+    options.audio = &input;
+    options.screenshot = path;
+    options.after = 2.0;
+    try {
+        runEditorSession(*host, server.display(), options);
+    } catch (const HostError& e) {
+        printf("editor    no picture: %s\n", e.what());
+        return;
+    }
+    printf("editor    %s (the editor after %.0f s of the input)\n", path.c_str(), options.after);
 }
 
 }  // namespace
@@ -188,6 +216,10 @@ int runDemo(const Args& args) {
                ("\"" + name + "\"").c_str(), stem.c_str(), stem.c_str(), output.seconds(),
                peakText(output).c_str());
     }
+    PluginSetup editorSetup = setup;
+    if (programs[0] >= 0)
+        editorSetup.program = std::to_string(programs[0]);
+    writeEditorPicture(editorSetup, rate, input, folder + "/editor.png");
     printf("done      listen to the WAV files and look at the PNG pictures in %s/\n",
            folder.c_str());
     return 0;

@@ -6,6 +6,7 @@
 #include "tools/vsthost/PluginHost.h"
 #include "tools/vsthost/PluginSetup.h"
 #include "tools/vsthost/WavIO.h"
+#include "tools/vsthost/XServer.h"
 
 #include <cstdio>
 #include <memory>
@@ -30,8 +31,8 @@ int runEdit(const Args& args) {
     if (parsed.has("after"))
         options.after = parseDoubleArg(parsed.get("after", "1"), "--after", 0.0, 3600.0);
 
-    Display* display = openDisplay();
-    if (!display) {
+    const XServer server(false);
+    if (!server.display()) {
         fprintf(stderr, "vsthost edit: %s\n", noDisplayHint("vsthost edit [PLUGIN.so] --screenshot editor.png").c_str());
         return 1;
     }
@@ -48,15 +49,8 @@ int runEdit(const Args& args) {
         printf("param     %s = %s\n", p.name.c_str(), p.display.c_str());
     printf("audio     %s\n", audio ? parsed.get("audio", "").c_str() : "silence");
     fflush(stdout);
-    try {
-        runEditorSession(*host, display, options);
-    } catch (...) {
-        host->close();
-        closeDisplay(display);
-        throw;
-    }
+    runEditorSession(*host, server.display(), options);
     host->close();
-    closeDisplay(display);
     if (!options.screenshot.empty())
         printf("picture   %s\n", options.screenshot.c_str());
     return 0;

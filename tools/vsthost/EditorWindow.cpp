@@ -40,18 +40,6 @@ uint32_t channel(unsigned long pixel, unsigned long mask) {
 
 }  // namespace
 
-Display* openDisplay() {
-    const char* name = std::getenv("DISPLAY");
-    if (!name || !*name)
-        return nullptr;
-    return XOpenDisplay(nullptr);
-}
-
-void closeDisplay(Display* display) {
-    if (display)
-        XCloseDisplay(display);
-}
-
 std::string noDisplayHint(const std::string& command) {
     return "no X display: DISPLAY is not set or the server cannot be reached.\n"
            "On a machine without a screen, run it on a virtual X server:\n"

@@ -36,10 +36,6 @@ private:
     bool closed_ = false;
 };
 
-// Opens the X display named by $DISPLAY; null (and nothing printed) when
-// there is none.
-Display* openDisplay();
-void closeDisplay(Display* display);
 // How to run a command that needs a display on a machine without one.
 std::string noDisplayHint(const std::string& command);
 
