@@ -1,11 +1,12 @@
 // What the editor costs the host's UI thread, through the built TapDelay.so
 // on a real X server (run under Xvfb: tools/test.sh shows how to start one):
-// opening and closing the editor, a full repaint, an idle call with nothing
-// to do, an idle call with the meters moving, and an idle call after the host
-// automated every parameter.
+// opening and closing the editor, the memory an open editor adds, a full
+// repaint, an idle call with nothing to do, an idle call with the meters
+// moving, and an idle call after the host automated every parameter. The
+// painting alone, without the X server's share, is measured on the headless
+// backend.
 //
 //   bench_editor [rounds]   (default 200)
-#include <X11/Xlib.h>
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -13,10 +14,18 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <memory>
+#include <string>
 #include <vector>
 
+#include "editor/CDelayEditor.h"
 #include "host/VstAbi.h"
+#include "toolkit/ResourceFolder.h"
+#include "toolkit/headless/HeadlessDisplay.h"
+// Xlib after the toolkit: its macros (KeyPress, None) clash with the toolkit's names.
+#include <X11/Xlib.h>
 
 namespace {
 
@@ -35,6 +44,38 @@ double Measure(int rounds, const std::function<void(int)>& step) {
     for (int i = 0; i < rounds; i++) step(i);
     const std::chrono::duration<double, std::micro> spent = std::chrono::steady_clock::now() - start;
     return spent.count() / rounds;
+}
+
+// The process's resident memory in MB.
+double ResidentMB() {
+    std::ifstream statm("/proc/self/statm");
+    long size = 0, resident = 0;
+    statm >> size >> resident;
+    return resident * 4096.0 / (1024.0 * 1024.0);
+}
+
+// A full repaint on the headless backend: the editor's own drawing, with the
+// effect linked in rather than loaded.
+double HeadlessRepaint(int rounds) {
+    AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
+    AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
+    double perCall = 0.0;
+    {
+        ATapDelay effect(Host);
+        effect.open();
+        auto* editor = static_cast<CDelayEditor*>(effect.getEditor());
+        ERect* rect = nullptr;
+        editor->getRect(&rect);
+        const NativeWindow host = headless::CreateHostWindow(CRect(0, 0, rect->right, rect->bottom));
+        editor->open(reinterpret_cast<void*>(host));
+        editor->idle();
+        perCall = Measure(rounds, [&](int) { editor->draw(rect); });
+        editor->close();
+        headless::DestroyWindow(host);
+    }
+    AfxSetResourceFolder(nullptr);
+    AfxSetNativeDisplayFactory(nullptr);
+    return perCall;
 }
 
 }  // namespace
@@ -71,8 +112,10 @@ int main(int argc, char** argv) {
         Dispatch(effect, effEditIdle);
         Dispatch(effect, effEditClose);
     });
+    const double closedMB = ResidentMB();
     Dispatch(effect, effEditOpen, 0, 0, parent);
     Dispatch(effect, effEditIdle);
+    const double openMB = ResidentMB();
 
     const double repaint = Measure(rounds, [&](int) { Dispatch(effect, effEditDraw, 0, 0, rect); });
     const double quietIdle = Measure(rounds, [&](int) { Dispatch(effect, effEditIdle); });
@@ -100,8 +143,10 @@ int main(int argc, char** argv) {
     std::printf("editor %dx%d, %d rounds (microseconds per call)\n", width, height, rounds);
     std::printf("  open + idle + close        %10.1f\n", openClose);
     std::printf("  full repaint (effEditDraw) %10.1f\n", repaint);
+    std::printf("  full repaint, headless     %10.1f\n", HeadlessRepaint(rounds));
     std::printf("  idle, nothing changed      %10.1f\n", quietIdle);
     std::printf("  idle, meters moving        %10.1f\n", meterIdle);
     std::printf("  idle after 62 automations  %10.1f\n", automatedIdle);
+    std::printf("memory an open editor adds: %.1f MB resident\n", openMB - closedMB);
     return 0;
 }
