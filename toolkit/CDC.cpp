@@ -206,6 +206,17 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
         columns[static_cast<size_t>(tx - area.left)] =
             column >= srcBounds.left && column < srcBounds.right ? static_cast<int>(column) : -1;
     }
+    // Unscaled copies, most of what an editor paints, take whole runs of
+    // pixels at a time: the source columns are consecutive.
+    int runStart = area.right, runEnd = area.left;
+    if (sw == w && rop == SRCCOPY) {
+        for (int tx = area.left; tx < area.right; ++tx)
+            if (columns[static_cast<size_t>(tx - area.left)] >= 0) {
+                runStart = std::min(runStart, tx);
+                runEnd = tx + 1;
+            }
+    }
+    const bool copyRuns = runStart < runEnd;
     // Copy the source rows first when blitting within one image.
     std::vector<uint32_t> rowCopy;
     for (int ty = area.top; ty < area.bottom; ++ty) {
@@ -218,6 +229,16 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
             sourceRow = rowCopy.data();
         }
         uint32_t* out = PixelAt(target, 0, ty);
+        if (copyRuns) {
+            const uint32_t* in = sourceRow + columns[static_cast<size_t>(runStart - area.left)];
+            const int count = runEnd - runStart;
+            if (targetAlpha && sourceAlpha) {
+                std::memcpy(out + runStart, in, static_cast<size_t>(count) * 4);
+            } else {
+                for (int i = 0; i < count; ++i) out[runStart + i] = in[i] | 0xFF000000u;
+            }
+            continue;
+        }
         for (int tx = area.left; tx < area.right; ++tx) {
             const int column = columns[static_cast<size_t>(tx - area.left)];
             if (column < 0) continue;
