@@ -1,0 +1,462 @@
+// The bitmap controls on their own: knob angles and the end-stop rule, the
+// film-strip frame for a value, slider mappings in every orientation, switch
+// latching, and what each control draws, read back from pixels of frames
+// painted in colours of their own.
+#include <gtest/gtest.h>
+#include <cairo.h>
+
+#include <cmath>
+#include <vector>
+
+#include "editor/CVMQBitmapSliderDC.h"
+#include "editor/CVMQBitmapSwitch2DC.h"
+#include "editor/CVMQNewBitmapTumamiDC.h"
+
+namespace {
+
+// Every callback a control made.
+struct Calls {
+    std::vector<std::pair<unsigned, float>> made;
+    static bool Record(unsigned id, float value, void* user) {
+        static_cast<Calls*>(user)->made.push_back({id, value});
+        return true;
+    }
+};
+
+uint32_t* PixelOf(cairo_surface_t* surface, int x, int y) {
+    cairo_surface_flush(surface);
+    return reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(surface) +
+                                       y * cairo_image_surface_get_stride(surface)) + x;
+}
+uint32_t Rgb(CDC& dc, int x, int y) { return *PixelOf(dc.GetTargetSurface(), x, y) & 0xFFFFFFu; }
+
+void Put(CBitmap& bitmap, int x, int y, uint32_t rgb) {
+    *PixelOf(bitmap.GetSurface(), x, y) = 0xFF000000u | rgb;
+    cairo_surface_mark_dirty(bitmap.GetSurface());
+}
+// Fills a block of a bitmap with one 0xRRGGBB colour.
+void Fill(CBitmap& bitmap, int left, int top, int width, int height, uint32_t rgb) {
+    for (int y = top; y < top + height; y++)
+        for (int x = left; x < left + width; x++) Put(bitmap, x, y, rgb);
+}
+void Canvas(CDC& dc, int width, int height, uint32_t rgb) {
+    ASSERT_TRUE(dc.CreateBitmapDC(width, height));
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++) *PixelOf(dc.GetTargetSurface(), x, y) = 0xFF000000u | rgb;
+    cairo_surface_mark_dirty(dc.GetTargetSurface());
+}
+
+// A film strip of 61 frames of 34 x 34 whose frame n is coloured n.
+constexpr int kKnobSize = 34, kFrames = 61;
+void FilmStrip(CVMQBitmap& film) {
+    ASSERT_TRUE(film.CreateBitmap(kKnobSize, kKnobSize * kFrames));
+    for (int frame = 0; frame < kFrames; frame++) Fill(film, 0, frame * kKnobSize, kKnobSize, kKnobSize, frame);
+}
+
+class Knob : public ::testing::Test {
+protected:
+    void SetUp() override { FilmStrip(film); }
+    // A knob from 30 to 330 degrees, its rectangle at (10, 20).
+    void Make(float min, float max, bool logarithmic = false) {
+        knob.Make(rect, CRect(), &parent, &film, min, max, 7, kFrames, 30.0f, 330.0f, 0, logarithmic,
+                  &Calls::Record, &calls);
+    }
+    CPoint At(int dx, int dy) const { return CPoint(rect.left + dx, rect.top + dy); }
+    int FrameShown() {
+        CDC dc;
+        Canvas(dc, 60, 60, 0xFFFFFF);
+        knob.Draw(&dc);
+        return static_cast<int>(Rgb(dc, rect.left + 5, rect.top + 5));
+    }
+
+    const CRect rect{10, 20, 10 + kKnobSize, 20 + kKnobSize};
+    CVMQBitmap film;
+    CWnd parent;
+    Calls calls;
+    CVMQNewBitmapTumamiDC knob;
+};
+
+// Clockwise from straight down: the left edge's middle is 90 degrees, the
+// top 180 and the right 270, which over 30..330 are 0.2, 0.5 and 0.8. The
+// angle comes from atan2 and the 3.141592653 constant, not full pi.
+TEST_F(Knob, DragAnglesRunClockwiseFromTheBottom) {
+    Make(0.0f, 1.0f);
+    const double truncatedPi = 3.141592653;
+    struct Case {
+        int dx, dy;
+        float value;
+        double angle;
+    } cases[] = {
+        {0, 17, 0.2f, std::atan2(-17.0, 0.0) * -180.0 / truncatedPi},
+        {17, 0, 0.5f, 180.0},
+        {34, 17, 0.8f, std::atan2(17.0, 0.0) * -180.0 / truncatedPi + 360.0},
+    };
+    for (const Case& c : cases) {
+        knob.SetValue(At(c.dx, c.dy));
+        EXPECT_FLOAT_EQ(knob.GetValue(), c.value) << c.dx << "," << c.dy;
+        EXPECT_EQ(knob.GetAngle(), c.angle) << c.dx << "," << c.dy;
+    }
+    ASSERT_EQ(calls.made.size(), 3u);
+    EXPECT_EQ(calls.made[0].first, 7u);
+    EXPECT_NE(std::atan2(-17.0, 0.0) * -180.0 / M_PI, cases[0].angle);  // the constant shows
+
+    // Below the gap the angle clamps to the nearer end of the range.
+    knob.SetValue(At(12, 33));
+    EXPECT_FLOAT_EQ(knob.GetValue(), 0.0f);
+}
+
+TEST_F(Knob, EndStopsHoldAKnobAtItsEndUntilTheButtonIsReleased) {
+    Make(0.0f, 1.0f);
+    knob.SetValue(0.0f, nullptr, false);  // resting at the minimum
+    knob.SetValue(At(30, 30));            // bottom right: across the gap
+    EXPECT_EQ(knob.GetValue(), 0.0f);
+    EXPECT_EQ(knob.GetAngle(), 30.0);
+    knob.SetValue(At(17, 30));  // straight below the centre
+    EXPECT_EQ(knob.GetValue(), 0.0f);
+
+    knob.SetValue(1.0f, nullptr, false);  // resting at the maximum
+    knob.SetValue(At(4, 30));             // bottom left
+    EXPECT_EQ(knob.GetValue(), 1.0f);
+    EXPECT_EQ(knob.GetAngle(), 330.0);
+    knob.SetValue(At(17, 30));
+    EXPECT_EQ(knob.GetValue(), 1.0f);
+
+    // A released drag forgets where it rested: the same point now counts.
+    knob.SetValue(0.0f, nullptr, false);
+    ASSERT_TRUE(knob.PtInTumami(At(17, 17)));
+    EXPECT_TRUE(knob.IsTracking());
+    CDC dc;
+    Canvas(dc, 60, 60, 0xFFFFFF);
+    knob.OnLButtonUp(At(30, 30), &dc);
+    EXPECT_FALSE(knob.IsTracking());
+    knob.SetValue(At(30, 30));  // atan2(13, 13): 315 degrees
+    EXPECT_NEAR(knob.GetValue(), (315.0 - 30.0) / 300.0, 1e-6);
+}
+
+TEST_F(Knob, DragsNotifyEvenUnchangedAndTheCentreIsIgnored) {
+    Make(0.0f, 1.0f);
+    knob.SetValue(At(17, 0));
+    knob.SetValue(At(17, 0));
+    ASSERT_EQ(calls.made.size(), 2u);
+    EXPECT_EQ(calls.made[1].second, 0.5f);
+
+    knob.SetValue(At(17, 17));  // the centre
+    // Outside the square, one row below its middle-right corner: the check
+    // that mixes the axes drops it.
+    knob.SetValue(At(35, 34));
+    EXPECT_EQ(calls.made.size(), 2u);
+    EXPECT_EQ(knob.GetValue(), 0.5f);
+}
+
+// SetValue clamps, notifies once, and an unchanged value neither notifies
+// nor draws.
+TEST_F(Knob, ValuesAreClampedAndRepeatsDoNothing) {
+    Make(-12.0f, 12.0f);
+    CDC dc;
+    Canvas(dc, 60, 60, 0xFFFFFF);
+    knob.SetValue(40.0f, &dc, true);
+    EXPECT_EQ(knob.GetValue(), 12.0f);
+    EXPECT_EQ(Rgb(dc, rect.left, rect.top), 60u);  // the last frame
+    ASSERT_EQ(calls.made.size(), 1u);
+    EXPECT_EQ(calls.made[0].second, 12.0f);
+
+    Canvas(dc, 60, 60, 0xFFFFFF);
+    knob.SetValue(12.0f, &dc, true);
+    EXPECT_EQ(calls.made.size(), 1u);
+    EXPECT_EQ(Rgb(dc, rect.left, rect.top), 0xFFFFFFu);  // not drawn
+
+    knob.SetValue(-40.0f, nullptr, false);
+    EXPECT_EQ(knob.GetValue(), -12.0f);
+    EXPECT_EQ(calls.made.size(), 1u);
+}
+
+TEST_F(Knob, FramesFollowTheValueLinearlyOrByDecades) {
+    Make(0.0f, 1.0f);
+    const float step = 1.0f / 60.0f;
+    struct Case {
+        float value;
+        int frame, index;
+    } linear[] = {
+        {0.0f, 0, 0},
+        {0.5f, 30, 30},
+        {1.0f, 60, 60},
+        {30.49f * step, 30, 31},  // rounds to nearest; the index rounds up
+        {30.51f * step, 31, 31},
+    };
+    for (const Case& c : linear) {
+        knob.SetValue(c.value, nullptr, false);
+        EXPECT_EQ(FrameShown(), c.frame) << c.value;
+        EXPECT_EQ(knob.GetIndexValue(), c.index) << c.value;
+    }
+
+    // Logarithmic: frame = log10(9 x + 1) x 60, rounded.
+    Make(0.0f, 1.0f, true);
+    const std::pair<float, int> logarithmic[] = {{0.0f, 0}, {0.1f, 17}, {0.5f, 44}, {1.0f, 60}};
+    for (const auto& [value, frame] : logarithmic) {
+        knob.SetValue(value, nullptr, false);
+        EXPECT_EQ(FrameShown(), frame) << value;
+    }
+    // The logarithmic drag: the top (half way round) gives (10^0.5 - 1) / 9.
+    knob.SetValue(0.3f, nullptr, false);  // away from the end stops
+    knob.SetValue(At(17, 0));
+    EXPECT_FLOAT_EQ(knob.GetValue(), static_cast<float>((std::sqrt(10.0) - 1.0) / 9.0));
+}
+
+// Sliders: a track of 20 x 130 (vertical) or 130 x 20 (horizontal) at
+// (100, 50), the thumb 10 x 6 (vertical) or 6 x 10 (horizontal).
+class Slider : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(verticalTrack.CreateBitmap(20, 130));
+        Fill(verticalTrack, 0, 0, 20, 130, 0x202020);
+        ASSERT_TRUE(horizontalTrack.CreateBitmap(130, 20));
+        Fill(horizontalTrack, 0, 0, 130, 20, 0x202020);
+        ASSERT_TRUE(verticalThumb.CreateBitmap(10, 6));
+        Fill(verticalThumb, 0, 0, 10, 6, 0xE0E0E0);
+        ASSERT_TRUE(horizontalThumb.CreateBitmap(6, 10));
+        Fill(horizontalThumb, 0, 0, 6, 10, 0xE0E0E0);
+        ASSERT_TRUE(fill.CreateBitmap(130, 20));
+        Fill(fill, 0, 0, 130, 20, 0x00A0FF);
+    }
+    void Make(int vertical, CPoint start, CPoint end, bool logarithmic = false, bool reversed = false,
+              bool twoState = false, float min = 0.0f, float max = 100.0f) {
+        const CRect rect = vertical ? CRect(100, 50, 120, 180) : CRect(100, 50, 230, 70);
+        slider.Make(rect, CRect(), &parent, vertical ? &verticalTrack : &horizontalTrack, vertical ? nullptr : &fill,
+                    vertical ? &verticalThumb : &horizontalThumb, min, max, start, end, 3, vertical, logarithmic,
+                    reversed, false, twoState, &Calls::Record, &calls);
+    }
+    // The value a point on the axis gives, c being its offset from the
+    // rectangle's top (vertical) or left (horizontal) edge.
+    float ValueAt(int c) {
+        slider.SetValueByPoint(vertical() ? CPoint(110, 50 + c) : CPoint(100 + c, 60));
+        return slider.GetValue();
+    }
+    bool vertical() const { return verticalMade; }
+
+    CVMQBitmap verticalTrack, horizontalTrack, verticalThumb, horizontalThumb, fill;
+    CWnd parent;
+    Calls calls;
+    CVMQBitmapSliderDC slider;
+    bool verticalMade = false;
+};
+
+TEST_F(Slider, PointsMapInAllFourOrientations) {
+    struct Case {
+        int vertical;
+        bool reversed;
+        int a, b;  // start and end on the axis
+        std::vector<std::pair<int, float>> points;
+    } cases[] = {
+        // Vertical, the minimum at the bottom: below it min, above the top max.
+        {1, false, 120, 10, {{125, 0.0f}, {120, 0.0f}, {65, 50.0f}, {10, 100.0f}, {3, 100.0f}, {43, 70.0f}}},
+        // Vertical reversed: the minimum at the top.
+        {1, true, 10, 120, {{3, 0.0f}, {10, 0.0f}, {65, 50.0f}, {120, 100.0f}, {125, 100.0f}}},
+        // Horizontal: the minimum at the left.
+        {0, false, 10, 120, {{3, 0.0f}, {10, 0.0f}, {65, 50.0f}, {120, 100.0f}, {128, 100.0f}}},
+        // Horizontal reversed: the minimum at the right.
+        {0, true, 120, 10, {{125, 0.0f}, {120, 0.0f}, {65, 50.0f}, {10, 100.0f}, {3, 100.0f}}},
+    };
+    for (const Case& c : cases) {
+        verticalMade = c.vertical != 0;
+        CPoint start = c.vertical ? CPoint(5, c.a) : CPoint(c.a, 5);
+        CPoint end = c.vertical ? CPoint(5, c.b) : CPoint(c.b, 5);
+        Make(c.vertical, start, end, false, c.reversed);
+        slider.SetValue(33.0f, nullptr, false);
+        for (const auto& [point, value] : c.points)
+            EXPECT_FLOAT_EQ(ValueAt(point), value) << "vertical " << c.vertical << " reversed " << c.reversed
+                                                   << " at " << point;
+    }
+}
+
+TEST_F(Slider, LogarithmicTwoStateAndCoincidentEnds) {
+    // Logarithmic: half way along is (10^0.5 - 1) / 9 of the range.
+    verticalMade = false;
+    Make(0, CPoint(10, 5), CPoint(120, 5), true, false, false, 20.0f, 20000.0f);
+    EXPECT_FLOAT_EQ(ValueAt(65), static_cast<float>(20.0 + 19980.0 * (std::sqrt(10.0) - 1.0) / 9.0));
+    // Reversed horizontal sliders stay linear whatever the flag says.
+    Make(0, CPoint(120, 5), CPoint(10, 5), true, true, false, 20.0f, 20000.0f);
+    EXPECT_FLOAT_EQ(ValueAt(65), 20.0f + 19980.0f * 0.5f);
+
+    // Two states: below the middle the minimum, from the middle on the maximum.
+    Make(0, CPoint(10, 5), CPoint(110, 5), false, false, true);
+    EXPECT_EQ(ValueAt(59), 0.0f);
+    EXPECT_EQ(ValueAt(60), 100.0f);  // exactly the middle value
+    EXPECT_EQ(ValueAt(58), 0.0f);
+
+    // Start and end at one place: that place gives the minimum.
+    verticalMade = true;
+    Make(1, CPoint(5, 60), CPoint(5, 60));
+    slider.SetValue(50.0f, nullptr, false);
+    EXPECT_EQ(ValueAt(60), 0.0f);
+    EXPECT_EQ(ValueAt(61), 0.0f);
+    EXPECT_EQ(ValueAt(59), 100.0f);
+}
+
+TEST_F(Slider, ChangesNotifyOnceAndDisabledSlidersIgnorePoints) {
+    verticalMade = false;
+    Make(0, CPoint(10, 5), CPoint(110, 5));
+    EXPECT_TRUE(slider.SetValueByPoint(CPoint(160, 60)));
+    EXPECT_FALSE(slider.SetValueByPoint(CPoint(160, 60)));  // unchanged
+    ASSERT_EQ(calls.made.size(), 1u);
+    EXPECT_EQ(calls.made[0], std::make_pair(3u, 50.0f));
+
+    slider.SetValue(500.0f, nullptr, true);  // clamped, notified
+    slider.SetValue(100.0f, nullptr, true);  // unchanged: no call
+    ASSERT_EQ(calls.made.size(), 2u);
+    EXPECT_EQ(calls.made[1].second, 100.0f);
+
+    slider.Enable(false);
+    EXPECT_FALSE(slider.PtInSwitch(CPoint(160, 60)));
+    EXPECT_FALSE(slider.SetValueByPoint(CPoint(110, 60)));
+    EXPECT_EQ(slider.GetValue(), 100.0f);
+}
+
+// The thumb's top (vertical) or left (horizontal) edge in the composed
+// picture, and the fill up to it.
+TEST_F(Slider, ThumbsSitWhereTheValueSays) {
+    CDC dc;
+    verticalMade = true;
+    Make(1, CPoint(5, 120), CPoint(5, 10));
+    const auto thumbTop = [&] {
+        for (int y = 0; y < 130; y++)
+            if (Rgb(dc, 100 + 7, 50 + y) == 0xE0E0E0u) return y;
+        return -1;
+    };
+    // y = (int)(a - (v - min)(a - b)/(max - min) - th/2)
+    const std::pair<float, int> vertical[] = {{0.0f, 117}, {100.0f, 7}, {50.0f, 62}, {33.0f, 80}};
+    for (const auto& [value, top] : vertical) {
+        Canvas(dc, 300, 250, 0xFFFFFF);
+        slider.SetValue(value, &dc, false);
+        EXPECT_EQ(thumbTop(), top) << value;
+        EXPECT_EQ(Rgb(dc, 100, 50), 0x202020u);  // the track around it
+    }
+
+    verticalMade = false;
+    Make(0, CPoint(10, 5), CPoint(120, 5));
+    // x = (int)(a + (v - min)(b - a)/(max - min) - tw/2); the fill runs to x.
+    const std::pair<float, int> horizontal[] = {{0.0f, 7}, {100.0f, 117}, {50.0f, 62}, {33.0f, 43}};
+    for (const auto& [value, left] : horizontal) {
+        Canvas(dc, 300, 250, 0xFFFFFF);
+        slider.SetValue(value, &dc, false);
+        int thumbLeft = -1;
+        for (int x = 0; x < 130 && thumbLeft < 0; x++)
+            if (Rgb(dc, 100 + x, 50 + 7) == 0xE0E0E0u) thumbLeft = x;
+        EXPECT_EQ(thumbLeft, left) << value;
+        // The fill is as high as the thumb, from the top.
+        if (left > 0) {
+            EXPECT_EQ(Rgb(dc, 100 + left - 1, 50 + 2), 0x00A0FFu) << value;
+        }
+        EXPECT_EQ(Rgb(dc, 100 + left + 6, 50 + 2), 0x202020u) << value;
+        EXPECT_EQ(Rgb(dc, 100, 50 + 15), 0x202020u) << value;
+    }
+
+    slider.Enable(false);
+    Canvas(dc, 300, 250, 0xFFFFFF);
+    slider.DrawSlider(&dc);
+    EXPECT_EQ(Rgb(dc, 100, 50), 0xFFFFFFu);  // a disabled slider draws nothing
+}
+
+// Switch pictures of 2 x 4: two frames of 2 x 2, released above pressed.
+// The mask's left column is black (the image shows), its right white.
+class Switch : public ::testing::Test {
+protected:
+    static constexpr uint32_t kOffUp = 0x101010, kOffDown = 0x202020, kOnUp = 0xC08020, kOnDown = 0xF0A040,
+                              kDisabled = 0x5A5A5A, kBackground = 0x3060A0;
+    void SetUp() override {
+        Frames(off, kOffUp, kOffDown);
+        Frames(on, kOnUp, kOnDown);
+        ASSERT_TRUE(mask.CreateBitmap(2, 4));
+        Fill(mask, 0, 0, 1, 4, 0x000000);
+        Fill(mask, 1, 0, 1, 4, 0xFFFFFF);
+        ASSERT_TRUE(disabled.CreateBitmap(2, 2));
+        Fill(disabled, 0, 0, 2, 2, kDisabled);
+    }
+    static void Frames(CVMQBitmap& bitmap, uint32_t up, uint32_t down) {
+        ASSERT_TRUE(bitmap.CreateBitmap(2, 4));
+        Fill(bitmap, 0, 0, 2, 2, up);
+        Fill(bitmap, 0, 2, 2, 2, down);
+    }
+    void Make(bool withMask, bool latch = false) {
+        button.Make(CRect(3, 4, 5, 6), &parent, &off, &on, 9, CRect(), latch, withMask ? &mask : nullptr,
+                    &Calls::Record, &calls);
+    }
+    // The two pixels of the switch's top row after drawing on a fresh canvas.
+    std::pair<uint32_t, uint32_t> Drawn() {
+        CDC dc;
+        Canvas(dc, 8, 8, kBackground);
+        button.DrawSwitch(&dc);
+        return {Rgb(dc, 3, 4), Rgb(dc, 4, 4)};
+    }
+
+    CVMQBitmap off, on, mask, disabled;
+    CWnd parent;
+    Calls calls;
+    CVMQBitmapSwitch2DC button;
+};
+
+TEST_F(Switch, TheSixWaysOfDrawing) {
+    using Pixels = std::pair<uint32_t, uint32_t>;
+    // 1. Enabled with a mask: the image where the mask is black.
+    Make(true);
+    button.SetValue(1, false);
+    EXPECT_EQ(Drawn(), Pixels(kOnUp, kBackground));
+    CDC dc;
+    Canvas(dc, 8, 8, kBackground);
+    button.LButtonDown(&dc);  // pressed: the lower frame, drawn at once
+    EXPECT_EQ(Rgb(dc, 3, 4), kOnDown);
+    EXPECT_EQ(Rgb(dc, 4, 5), kBackground);
+    button.LButtonUp(&dc);
+    EXPECT_EQ(Rgb(dc, 3, 4), kOnUp);
+    // 2. Enabled without a mask: the whole frame.
+    Make(false);
+    EXPECT_EQ(Drawn(), Pixels(kOffUp, kOffUp));
+    button.LButtonDown(&dc);
+    EXPECT_EQ(Drawn(), Pixels(kOffDown, kOffDown));
+    // 3. Disabled with its own picture and a mask.
+    Make(true);
+    button.SetDisableBmp(&disabled);
+    button.Enable(false);
+    EXPECT_EQ(Drawn(), Pixels(kDisabled, kBackground));
+    // 4. Disabled with its own picture, no mask.
+    Make(false);
+    button.SetDisableBmp(&disabled);
+    button.Enable(false);
+    EXPECT_EQ(Drawn(), Pixels(kDisabled, kDisabled));
+    // 5. Disabled, no picture of its own, a mask: only the mask's darkening.
+    Make(true);
+    button.Enable(false);
+    EXPECT_EQ(Drawn(), Pixels(0x000000, kBackground));
+    // 6. Disabled, no picture, no mask: the released off frame.
+    Make(false);
+    button.SetValue(1, false);
+    button.Enable(false);
+    EXPECT_EQ(Drawn(), Pixels(kOffUp, kOffUp));
+}
+
+TEST_F(Switch, ValuesNotifyOnChangeAndALatchedSwitchStaysOn) {
+    Make(false);
+    EXPECT_TRUE(button.PtInSwitch(CPoint(3, 4)));
+    EXPECT_FALSE(button.PtInSwitch(CPoint(5, 4)));  // right edge exclusive
+    button.SetValue(5, true);
+    EXPECT_EQ(button.GetValue(), 1);
+    button.SetValue(5, true);  // unchanged
+    button.SetValue(0, false);  // changed, not told
+    ASSERT_EQ(calls.made.size(), 1u);
+    EXPECT_EQ(calls.made[0], std::make_pair(9u, 5.0f));
+    button.Enable(false);
+    button.SetValue(1, true);
+    EXPECT_EQ(button.GetValue(), 0);
+
+    Make(false, true);
+    button.SetValue(1, true);
+    button.SetValue(0, true);
+    EXPECT_EQ(button.GetValue(), 1);
+    CDC dc;
+    Canvas(dc, 8, 8, kBackground);
+    button.LButtonDown(&dc);
+    EXPECT_FALSE(button.IsDown());
+    EXPECT_EQ(Rgb(dc, 3, 4), kBackground);  // nothing drawn
+    EXPECT_EQ(calls.made.size(), 2u);
+}
+
+}  // namespace
