@@ -20,6 +20,11 @@
 // |                               |                          |                                                         | only records changes for it (ChangeRecord)              |
 // | effEditIdle re-entered        | Ardour (synchronously,   | calls effEditIdle from inside our own                   | CDelayEditor::idle guards re-entry                      |
 // |                               | on the calling thread)   | audioMasterUpdateDisplay and audioMasterIdle calls      |                                                         |
+// | Host window gone before close | hosts that tear down the  | destroy the window given to effEditOpen (and so our     | the toolkit's X error handler takes our connection's    |
+// |                               | plug-in window first     | editor inside it) before sending effEditClose           | BadWindow errors and never ends the process; close then |
+// |                               |                          |                                                         | only frees what is left (toolkit/x11/X11ErrorRouting.h) |
+// | Host data in AEffect          | hosts that keep their    | write their own pointers into AEffect's resvd1 / resvd2 | nothing reads or writes the reserved fields; the effect |
+// |                               | wrapper there            |                                                         | is found through AEffect::object only                   |
 // | Switch flag on a selector     | Ardour 7                 | shows a parameter flagged kVstParameterIsSwitch as an   | nothing in the plug-in: programs and the editor still   |
 // |                               |                          | on/off toggle even with an integer range of 0..3, so    | reach every note value                                  |
 // |                               |                          | its own controls send SyncNote only 0 or 1 ("Quarter",  |                                                         |
