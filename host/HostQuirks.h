@@ -15,12 +15,18 @@
 // |                               |                          | plug-in file's path rather than its folder)             | (dladdr); a file path is cut back to its folder         |
 // | Blocks longer than announced  | hosts that change the    | process more frames than the last effSetBlockSize, or   | WorkBlockSize caps and defaults the taps' work buffers; |
 // |                               | period without telling   | announce 0                                              | the effect processes longer blocks in slices            |
+// | Keys kept by the host         | Ardour 7 (never sends    | gives the plug-in window no keys and never calls        | the entry field takes the X keyboard focus while shown  |
+// |                               | effEditKeyDown)          | effEditKeyDown; other hosts forward keys that way       | and hands it back when hidden; forwarded keys reach it  |
+// |                               |                          |                                                         | too (CDelayEditor::onKeyDown), others are answered 0    |
+// | Editor hidden, not closed     | Ardour 7                 | a second double click unmaps the plug-in window instead | nothing: the editor stays open and idled; effEditClose  |
+// |                               |                          | of sending effEditClose; it is closed with the plug-in  | comes when the plug-in is removed or the host quits     |
 // | Editor calls on a host thread | hosts with a GUI thread  | send effEditOpen / effEditIdle / effEditClose from a    | every X call happens on the thread that opens and idles |
-// |                               | of their own             | thread other than the one that loaded the plug-in       | the editor (Xlib made thread-aware first); the effect   |
-// |                               |                          |                                                         | only records changes for it (ChangeRecord)              |
+// |                               | of their own (Ardour 7   | thread other than the one that loaded the plug-in       | the editor (Xlib made thread-aware first); the effect   |
+// |                               | idles from its LXVST     |                                                         | only records changes for it (ChangeRecord)              |
+// |                               | event-loop thread)       |                                                         |                                                         |
 // | effEditIdle re-entered        | Ardour (synchronously,   | calls effEditIdle from inside our own                   | CDelayEditor::idle guards re-entry                      |
 // |                               | on the calling thread)   | audioMasterUpdateDisplay and audioMasterIdle calls      |                                                         |
-// | Host window gone before close | hosts that tear down the  | destroy the window given to effEditOpen (and so our     | the toolkit's X error handler takes our connection's    |
+// | Host window gone before close | hosts that tear down the | destroy the window given to effEditOpen (and so our     | the toolkit's X error handler takes our connection's    |
 // |                               | plug-in window first     | editor inside it) before sending effEditClose           | BadWindow errors and never ends the process; close then |
 // |                               |                          |                                                         | only frees what is left (toolkit/x11/X11ErrorRouting.h) |
 // | Host data in AEffect          | hosts that keep their    | write their own pointers into AEffect's resvd1 / resvd2 | nothing reads or writes the reserved fields; the effect |
