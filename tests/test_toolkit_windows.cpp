@@ -4,12 +4,14 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "support/TempFolder.h"
 #include "tests/toolkit/HostedWindow.h"
+#include "toolkit/DamageRegion.h"
 #include "toolkit/Gdi.h"
 #include "toolkit/CDC.h"
 #include "toolkit/UIConnection.h"
@@ -183,6 +185,53 @@ TEST_F(ToolkitWindows, ClientDcDrawsAndPresentsAtOnce) {
     EXPECT_EQ(shot.Root(103, 50), kRed);
     EXPECT_EQ(shot.Root(99, 50), kRed);
     EXPECT_EQ(shot.Root(100, 60), kRed);
+
+    // Areas far apart go to the screen as two small images, not as one as
+    // wide as the window; areas side by side as one.
+    {
+        CClientDC dc(&root);
+        dc.FillSolidRect(2, 10, 9, 130, RGB(0, 0, 255));
+        dc.FillSolidRect(280, 10, 9, 130, RGB(0, 0, 255));
+        dc.FillSolidRect(11, 10, 9, 130, RGB(0, 0, 255));
+    }
+    auto apart = headless::TakePresents();
+    ASSERT_EQ(apart.size(), 2u);
+    std::sort(apart.begin(), apart.end(), [](const auto& a, const auto& b) { return a.area.left < b.area.left; });
+    EXPECT_EQ(apart[0].area, CRect(2, 10, 20, 140));
+    EXPECT_EQ(apart[1].area, CRect(280, 10, 289, 140));
+}
+
+// What the screen still has to be shown stays a handful of rectangles
+// covering everything added, however many areas come.
+TEST(DamageRegions, MergeNeighboursAndStayFew) {
+    DamageRegion region;
+    region.Add(CRect());
+    EXPECT_TRUE(region.IsEmpty());
+    region.Add(CRect(0, 0, 10, 10));
+    region.Add(CRect(5, 5, 15, 15));  // overlapping: one
+    EXPECT_EQ(region.Count(), 1);
+    EXPECT_EQ(region[0], CRect(0, 0, 15, 15));
+    region.Add(CRect(500, 0, 510, 300));  // far away: its own
+    EXPECT_EQ(region.Count(), 2);
+    const auto added = [](int i) {
+        return CRect(i * 97 % 700, i * 53 % 500, i * 97 % 700 + 3, i * 53 % 500 + 3);
+    };
+    int right = 510, bottom = 300;
+    for (int i = 0; i < 40; i++) {
+        region.Add(added(i));
+        right = std::max<int>(right, added(i).right);
+        bottom = std::max<int>(bottom, added(i).bottom);
+    }
+    EXPECT_LE(region.Count(), 8);
+    EXPECT_EQ(region.Bounds(), CRect(0, 0, right, bottom));
+    // Every area added lies inside one of the rectangles.
+    for (int i = 0; i < 40; i++) {
+        bool covered = false;
+        for (const CRect& r : region)
+            covered = covered || (r.left <= added(i).left && r.top <= added(i).top &&
+                                  r.right >= added(i).right && r.bottom >= added(i).bottom);
+        EXPECT_TRUE(covered) << i;
+    }
 }
 
 TEST_F(ToolkitWindows, ClassBackgroundBrushErasesUnlessHollow) {
@@ -337,7 +386,9 @@ TEST_F(ToolkitWindows, ThousandNativeCyclesLeaveNoWindows) {
     for (int i = 0; i < 1000; ++i) {
         CFrameWnd ownFrame;
         CFrameWnd& frame = i % 10 == 0 ? ownFrame : hosted.frame;
-        if (&frame == &ownFrame) ASSERT_TRUE(ownFrame.SetNativeHandle(hosted.host));
+        if (&frame == &ownFrame) {
+            ASSERT_TRUE(ownFrame.SetNativeHandle(hosted.host));
+        }
         auto* root = new Painter;
         ASSERT_TRUE(root->Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 64, 48), &frame, 1));
         auto* child = new Painter;

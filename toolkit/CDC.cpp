@@ -384,11 +384,11 @@ CClientDC::CClientDC(CWnd* window) : m_window(window) {
 }
 
 CClientDC::~CClientDC() {
-    if (!m_touched.IsRectEmpty()) WindowTree::WindowDrawn(m_hwnd, m_touched);
+    if (!m_touched.IsEmpty()) WindowTree::WindowDrawn(m_hwnd, m_touched);
 }
 
 void CClientDC::Touched(const CRect& area) {
-    m_touched = rect::Union(m_touched, rect::Offset(area, GetOrigin()));
+    m_touched.Add(rect::Offset(area, GetOrigin()));
 }
 
 CPaintDC::CPaintDC(CWnd* window) : CClientDC(window) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "toolkit/CObject.h"
+#include "toolkit/DamageRegion.h"
 #include "toolkit/CString.h"
 #include "toolkit/WinDefs.h"
 
@@ -103,7 +104,7 @@ protected:
     void Touched(const CRect& area) override;
     CWnd* m_window;
     HWND m_hwnd = nullptr;  // to tell whether m_window still exists
-    CRect m_touched;        // in the target's coordinates
+    DamageRegion m_touched;  // in the target's coordinates
 };
 
 // The DC of the current WM_PAINT, clipped to the window's update rectangle.

@@ -170,11 +170,11 @@ bool UIConnection::AcceptsInput(CWnd* root) const {
 
 void UIConnection::PresentRoot(CWnd* root) {
     RootData* data = WindowTree::Root(root);
-    if (!data || data->damage.IsRectEmpty()) return;
-    const CRect damage = data->damage;
-    data->damage = CRect();
+    if (!data || data->damage.IsEmpty()) return;
+    const DamageRegion damage = data->damage;
+    data->damage.Clear();
     if (!IsOpen() || !data->buffer || !data->native || data->nativeDead || !root->m_visible) return;
-    m_display->Present(data->native, data->buffer, damage);
+    for (const CRect& area : damage) m_display->Present(data->native, data->buffer, area);
     m_display->Flush();
 }
 
@@ -201,9 +201,8 @@ void UIConnection::DispatchEvent(const NativeEvent& event) {
         break;
     case NativeEventType::Expose:
         // The back buffer still holds the pixels: present them again.
-        data->damage = rect::Union(data->damage, event.area.IsRectEmpty()
-                                                     ? CRect(0, 0, root->m_rect.Width(), root->m_rect.Height())
-                                                     : event.area);
+        data->damage.Add(event.area.IsRectEmpty() ? CRect(0, 0, root->m_rect.Width(), root->m_rect.Height())
+                                                  : event.area);
         break;
     case NativeEventType::CloseRequest:
         if (AcceptsInput(root)) root->SendMessage(WM_CLOSE);

@@ -135,7 +135,7 @@ void WindowTree::PaintRoot(CWnd* root) {
     PaintWindow(root, area, erase, CPoint(0, 0));
     --paintDepth;
     if (CWnd::FromHandle(self) == root && root->m_root)
-        root->m_root->damage = rect::Union(root->m_root->damage, area);
+        root->m_root->damage.Add(area);
 }
 
 void WindowTree::PaintWindow(CWnd* window, const CRect& area, bool erase, CPoint offset) {
@@ -160,12 +160,12 @@ void WindowTree::PaintWindow(CWnd* window, const CRect& area, bool erase, CPoint
     }
 }
 
-void WindowTree::WindowDrawn(HWND handle, const CRect& area) {
+void WindowTree::WindowDrawn(HWND handle, const DamageRegion& area) {
     CWnd* window = CWnd::FromHandle(handle);
     CWnd* root = RootOf(window);
     RootData* data = Root(root);
-    if (!data || area.IsRectEmpty()) return;
-    data->damage = rect::Union(data->damage, area);
+    if (!data || area.IsEmpty()) return;
+    data->damage.Add(area);
     if (!Painting() && data->connection) data->connection->PresentRoot(root);
 }
 

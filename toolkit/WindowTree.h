@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "toolkit/CWnd.h"
+#include "toolkit/DamageRegion.h"
 
 typedef struct _cairo_surface cairo_surface_t;
 
@@ -27,7 +28,7 @@ struct RootData {
     cairo_surface_t* buffer = nullptr;  // RGB24, the root's client size
     CRect invalid;                     // root coordinates
     bool erase = false;
-    CRect damage;                      // drawn but not yet presented
+    DamageRegion damage;               // drawn but not yet presented
     bool keyboardTaken = false;        // TakeKeyboardFocus done for this root
 };
 
@@ -69,7 +70,7 @@ public:
     static void PaintRoot(CWnd* root);
     // A window DC drew area (root coordinates) of window's root; outside a
     // paint it is presented at once.
-    static void WindowDrawn(HWND window, const CRect& area);
+    static void WindowDrawn(HWND window, const DamageRegion& area);
     static bool Painting();
 
     // Roots without a connection; AfxPumpMessages paints them too.
