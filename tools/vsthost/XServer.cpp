@@ -36,6 +36,9 @@ bool XServer::startXvfb() {
     int pipeEnds[2];
     if (pipe(pipeEnds) != 0)
         return false;
+    // Everything the child needs is made before the fork: after it, only
+    // calls that are safe in a copy of a threaded process.
+    const std::string fd = std::to_string(pipeEnds[1]);
     fflush(nullptr);  // or the child would write our buffered output a second time
     const pid_t child = fork();
     if (child < 0) {
@@ -45,7 +48,6 @@ bool XServer::startXvfb() {
     }
     if (child == 0) {
         close(pipeEnds[0]);
-        const std::string fd = std::to_string(pipeEnds[1]);
         const int quiet = open("/dev/null", O_WRONLY);
         dup2(quiet, STDOUT_FILENO);
         dup2(quiet, STDERR_FILENO);
