@@ -13,7 +13,6 @@
 
 #include "editor/CUnitEdits.h"
 #include "editor/CVMQFloatEditWnd.h"
-#include "editor/CVMQSpinEditWnd.h"
 #include "tests/toolkit/ControlHost.h"
 #include "tests/toolkit/TestEnvironment.h"
 #include "toolkit/CDC.h"
@@ -485,59 +484,6 @@ TEST_F(EntryFields, TheUnitFieldsShowTheirFormatsAndLimitTheirText) {
         EXPECT_EQ(limit(5, false), 5 + c.extra) << c.cls->m_lpszClassName;
         EXPECT_EQ(limit(5, true), 6 + c.extra) << c.cls->m_lpszClassName;
     }
-}
-
-TEST_F(EntryFields, AUnitFieldClampsToItsBoundsWhenACharacterIsNotTaken) {
-    CFloatEdit field;
-    ASSERT_TRUE(field.Create(WS_CHILD | WS_VISIBLE, CRect(10, 200, 200, 220), &owner, 41));
-    field.SetInputMinMax(5.0, 1.0);  // max not above min: ignored
-    EXPECT_EQ(field.GetInputMax(), DBL_MAX);
-    field.SetInputMinMax(0.0, 50.0);
-    field.SetFocus();
-    field.SetWindowText("0");
-    field.SetSel(0, -1);
-    Type("75");
-    EXPECT_EQ(Shown(field), "75");
-    EXPECT_EQ(Value(field), "7500");
-    Type("x");
-    EXPECT_EQ(Shown(field), "50.0mm");
-    EXPECT_EQ(Value(field), "5000");
-    EXPECT_EQ(field.atof_and_limitchk("-3"), 0.0);
-    EXPECT_EQ(field.atof("1e999"), DBL_MAX);
-
-    // OnNotifyChar: digits go in, anything else only tells the parent.
-    field.SetWindowText("0");
-    field.SetSel(0, -1);
-    field.OnNotifyChar('4', 1, 0);
-    EXPECT_EQ(Shown(field), "4");
-    field.OnNotifyChar('x', 1, 0);
-    EXPECT_EQ(Shown(field), "4");
-}
-
-TEST_F(EntryFields, TheIntegerTwinTakesIntegersAndReturnsAndEscapes) {
-    CVMQSpinEditWnd twin;
-    CWindowAttr attr;
-    attr.rect = CRect(INT_MIN, INT_MIN, INT_MIN, INT_MIN);
-    ASSERT_TRUE(twin.MakeWindow(&owner, &owner, "", &attr, 4, &font12));
-    owner.entry = &twin;
-    const CSize a = LetterA();
-    EXPECT_EQ(RectInParent(twin), CRect(0, 0, kSpinWidth + 5 * a.cx + 2 * kEdge, a.cy + a.cy / 2));
-    EXPECT_EQ(WindowClasses::Find("VMQSpinEditWnd").style, static_cast<UINT>(CS_DBLCLKS));
-    twin.SetNewValue(42, -5, 100);
-    twin.ShowWindow(SW_SHOW);
-    EXPECT_EQ(twin.GetEdit().GetValue(), 42);
-    twin.GetEdit().SetSel(0, -1);
-    Type("-7x");
-    EXPECT_EQ(twin.GetEdit().GetValue(), -7);
-    Key(kReturn);
-    EXPECT_EQ(owner.notes, (std::vector<EntryOwner::Note>{{WM_ENTRY_RETURN, 0, 0, "-7"}}));
-    EXPECT_FALSE(twin.IsWindowVisible());
-    twin.ShowWindow(SW_SHOW);
-    twin.GetEdit().SetFocus();
-    Key(kEscape);
-    EXPECT_EQ(owner.notes.back().message, WM_ENTRY_ESCAPE);
-    EXPECT_EQ(CWnd::GetFocus(), &owner);
-    owner.entry = &entry;
 }
 
 // Typing through the whole input path of each environment: on X11 the keys
