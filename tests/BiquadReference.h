@@ -1,6 +1,6 @@
 // The tap filter written out plainly from the cookbook formulas, one sample
 // at a time, for the filter and delay-tap tests to compare against; and small
-// helpers for bit-exact comparisons.
+// helpers for bit-exact comparisons and test signals.
 #pragma once
 
 #include <algorithm>

@@ -56,23 +56,17 @@ TEST(IIRDesign, CoefficientsFollowTheBilinearButterworth) {
     ExpectNear(Design(1000, 1.0 / 44100, true), Read(f), 1e-15);
 }
 
-TEST(IIRDesign, DcGainIsOneForLowPassAndZeroForHighPass) {
-    for (double fc : {1.0, 100.0, 5000.0}) {
-        CIIRFilter lp, hp;
-        lp.SetParams(fc, 1.0 / 44100, true);
-        hp.SetParams(fc, 1.0 / 44100, false);
-        EXPECT_NEAR((lp.GetB0() + lp.GetB1() + lp.GetB2()) / (1 - lp.GetC1() - lp.GetC2()), 1.0, 1e-6);
-        EXPECT_NEAR(hp.GetB0() + hp.GetB1() + hp.GetB2(), 0.0, 1e-15);
-    }
-}
-
-TEST(IIRDesign, HalfPowerAtTheWarpedCutoff) {
-    // The bilinear transform puts the analog cutoff k at tan(w / 2) = k / 2.
-    for (double fc : {200.0, 3000.0, 12000.0}) {
+TEST(IIRDesign, ResponseAtDcTheWarpedCutoffAndNyquist) {
+    // Low-pass: 1 at DC, 0 at Nyquist; high-pass the other way round. The
+    // bilinear transform puts the analog cutoff k at tan(w / 2) = k / 2,
+    // where both are at half power.
+    for (double fc : {1.0, 100.0, 200.0, 3000.0, 5000.0, 12000.0}) {
         const double k = fc / 48000 * 2 * M_PI, w = 2 * std::atan(k / 2);
         CIIRFilter lp, hp;
         lp.SetParams(fc, 1.0 / 48000, true);
         hp.SetParams(fc, 1.0 / 48000, false);
+        EXPECT_NEAR((lp.GetB0() + lp.GetB1() + lp.GetB2()) / (1 - lp.GetC1() - lp.GetC2()), 1.0, 1e-6);
+        EXPECT_NEAR(hp.GetB0() + hp.GetB1() + hp.GetB2(), 0.0, 1e-15);
         EXPECT_NEAR(Magnitude(lp, w), std::sqrt(0.5), 1e-6);
         EXPECT_NEAR(Magnitude(hp, w), std::sqrt(0.5), 1e-6);
         EXPECT_NEAR(Magnitude(lp, M_PI), 0.0, 1e-9);

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "effect/ATapDelay.h"
@@ -22,75 +21,46 @@ std::string Fixed1(double value) {
     return text;
 }
 
+struct Mapping {
+    int index;
+    float from;
+    double to, tolerance;  // 0: exact
+};
+
 }  // namespace
 
-TEST(ParamMapping, NormalisedToInternal) {
-    EXPECT_NEAR(NormalizeValToInternalVal(1, 0.0f), -59.79, 0.01);
-    EXPECT_NEAR(NormalizeValToInternalVal(1, 0.0f), Db((double)0.001f), 1e-4);
-    EXPECT_EQ(NormalizeValToInternalVal(1, 1.0f), 6.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(2, 1.0f), 0.0f);
-    EXPECT_NEAR(NormalizeValToInternalVal(9, 0.5f), Db(1.999 * 0.5 + 0.001), 1e-4);
-    EXPECT_EQ(NormalizeValToInternalVal(3, 0.5f), 2000.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(27, 0.0f), 20.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(27, 1.0f), 20000.0f);
-    EXPECT_NEAR(NormalizeValToInternalVal(45, 0.5f), 0.3 + 9.7 * 0.5, 1e-5);
-    EXPECT_EQ(NormalizeValToInternalVal(39, 0.5f), 0.0f);
-    // Out of range normalised values are clamped to the table range.
-    EXPECT_EQ(NormalizeValToInternalVal(3, 1.5f), 4000.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(3, -0.5f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(62, 0.5f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(-1, 0.5f), 0.0f);
-}
-
-TEST(ParamMapping, SteppedValuesRoundToTheNearestStep) {
-    EXPECT_EQ(NormalizeValToInternalVal(61, 0.5f), 2.0f);  // "16th"
-    EXPECT_EQ(NormalizeValToInternalVal(61, 0.16f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(61, 2.0f / 3.0f), 2.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(61, 1.0f), 3.0f);  // "32th"
-    EXPECT_EQ(NormalizeValToInternalVal(61, 7.0f), 3.0f);  // never beyond the maximum
-    EXPECT_EQ(NormalizeValToInternalVal(61, -3.0f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(33, 0.5f), 1.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(33, 0.24f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(0, 0.49f), 0.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(0, 0.5f), 1.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(61, NAN), 0.0f);
-}
-
-TEST(ParamMapping, InternalToNormalised) {
-    EXPECT_EQ(ValToNormalizeValue(62, 3.0f), 0.0f);
-    EXPECT_EQ(ValToNormalizeValue(-1, 3.0f), 0.0f);
-    EXPECT_EQ(ValToNormalizeValue(3, 5000.0f), 1.0f);
-    EXPECT_EQ(ValToNormalizeValue(3, -1.0f), 0.0f);
-    EXPECT_EQ(ValToNormalizeValue(3, 1000.0f), 0.25f);
-    EXPECT_EQ(ValToNormalizeValue(61, 6.0f), 2.0f);  // stepped values are not clamped
-    EXPECT_EQ(ValToNormalizeValue(33, 1.0f), 0.5f);
-    EXPECT_NEAR(ValToNormalizeValue(1, 1.0f), 0.999 / 1.999, 1e-7);
-    EXPECT_EQ(ValToNormalizeValue(2, 1.0f), 1.0f);
-    EXPECT_NEAR(ValToNormalizeValue(45, 1.0f), 0.7 / 9.7, 1e-7);
-    EXPECT_NEAR(ValToNormalizeValue(27, 1000.0f), 980.0 / 19980.0, 1e-7);
-    EXPECT_EQ(ValToNormalizeValue(39, 0.0f), 0.5f);
-    EXPECT_EQ(ValToNormalizeValue(15, 50.0f), 0.5f);
+TEST(ParamMapping, NormalisedToInternalAndBack) {
+    const Mapping toInternal[] = {
+        {1, 0.0f, -59.79, 0.01}, {1, 0.0f, Db((double)0.001f), 1e-4}, {1, 1.0f, 6.0, 0}, {2, 1.0f, 0.0, 0},
+        {9, 0.5f, Db(1.999 * 0.5 + 0.001), 1e-4}, {3, 0.5f, 2000.0, 0}, {27, 0.0f, 20.0, 0}, {27, 1.0f, 20000.0, 0},
+        {45, 0.5f, 0.3 + 9.7 * 0.5, 1e-5}, {39, 0.5f, 0.0, 0},
+        // Out of range normalised values are clamped to the table range.
+        {3, 1.5f, 4000.0, 0}, {3, -0.5f, 0.0, 0}, {62, 0.5f, 0.0, 0}, {-1, 0.5f, 0.0, 0},
+        // Stepped values round to the nearest step, never beyond the maximum.
+        {61, 0.5f, 2.0, 0}, {61, 0.16f, 0.0, 0}, {61, 2.0f / 3.0f, 2.0, 0}, {61, 1.0f, 3.0, 0}, {61, 7.0f, 3.0, 0},
+        {61, -3.0f, 0.0, 0}, {33, 0.5f, 1.0, 0}, {33, 0.24f, 0.0, 0}, {0, 0.49f, 0.0, 0}, {0, 0.5f, 1.0, 0},
+        {61, NAN, 0.0, 0}};
+    for (const Mapping& m : toInternal)
+        EXPECT_NEAR(NormalizeValToInternalVal(m.index, m.from), m.to, m.tolerance) << m.index << " at " << m.from;
+    const Mapping toNormalised[] = {
+        {62, 3.0f, 0.0, 0}, {-1, 3.0f, 0.0, 0}, {3, 5000.0f, 1.0, 0}, {3, -1.0f, 0.0, 0}, {3, 1000.0f, 0.25, 0},
+        {61, 6.0f, 2.0, 0},  // stepped values are not clamped
+        {33, 1.0f, 0.5, 0}, {1, 1.0f, 0.999 / 1.999, 1e-7}, {2, 1.0f, 1.0, 0}, {45, 1.0f, 0.7 / 9.7, 1e-7},
+        {27, 1000.0f, 980.0 / 19980.0, 1e-7}, {39, 0.0f, 0.5, 0}, {15, 50.0f, 0.5, 0}};
+    for (const Mapping& m : toNormalised)
+        EXPECT_NEAR(ValToNormalizeValue(m.index, m.from), m.to, m.tolerance) << m.index << " at " << m.from;
 }
 
 TEST(ParamMapping, RangesInInternalUnits) {
-    float min = 1, max = 1;
-    GetParamMinMax(1, &min, &max);
-    EXPECT_NEAR(min, -59.79, 0.01);
-    EXPECT_EQ(max, 6.0f);
-    GetParamMinMax(2, &min, &max);
-    EXPECT_NEAR(min, -59.79, 0.01);
-    EXPECT_EQ(max, 0.0f);
-    GetParamMinMax(12, &min, &max);
-    EXPECT_EQ(max, 6.0f);
-    GetParamMinMax(3, &min, &max);
-    EXPECT_EQ(min, 0.0f);
-    EXPECT_EQ(max, 4000.0f);
-    GetParamMinMax(46, &min, &max);
-    EXPECT_FLOAT_EQ(min, 0.3f);
-    EXPECT_EQ(max, 10.0f);
-    GetParamMinMax(40, &min, &max);
-    EXPECT_EQ(min, -12.0f);
-    EXPECT_EQ(max, 12.0f);
+    const Mapping ranges[] = {  // index, maximum, minimum and its tolerance
+        {1, 6.0f, -59.79, 0.01}, {2, 0.0f, -59.79, 0.01}, {12, 6.0f, -59.79, 0.01},
+        {3, 4000.0f, 0.0, 0},    {46, 10.0f, 0.3, 1e-7},  {40, 12.0f, -12.0, 0}};
+    for (const Mapping& r : ranges) {
+        float min = 1, max = 1;
+        GetParamMinMax(r.index, &min, &max);
+        EXPECT_NEAR(min, r.to, r.tolerance) << r.index;
+        EXPECT_EQ(max, r.from) << r.index;
+    }
     EXPECT_EQ(NormalizeValToDWValue(60, 1.0f), 0u);
 }
 
@@ -104,26 +74,22 @@ TEST_F(ParameterTexts, NamesAndLabelsOfAllParameters) {
     const char* groups[] = {"DelayTime", "DelayGain", "DelayPan", "DelayON/OFF", "FilterCutoff",
                             "FilterType", "FilterGain", "FilterQ", "FilterON/OFF"};
     const char* groupLabels[] = {"ms", "dB", "", "", "Hz", "", "dB", "", ""};
-    EXPECT_EQ(plugin.name(0), "ON/OFF");
-    EXPECT_EQ(plugin.name(1), "Output");
-    EXPECT_EQ(plugin.name(2), "Input");
     for (int group = 0; group < 9; group++)
         for (int tap = 0; tap < 6; tap++) {
             int index = 3 + group * 6 + tap;
             EXPECT_EQ(plugin.name(index), groups[group] + std::to_string(tap));
             EXPECT_EQ(plugin.label(index), groupLabels[group]) << index;
         }
-    const char* tail[] = {"FeedBackON/OFF", "FeedBack", "Balance", "TempoSync", "SyncNote"};
-    const char* tailLabels[] = {"", "%", "%", "", ""};
-    for (int i = 0; i < 5; i++) {
-        EXPECT_EQ(plugin.name(57 + i), tail[i]);
-        EXPECT_EQ(plugin.label(57 + i), tailLabels[i]);
+    const std::tuple<int, const char*, const char*> others[] = {
+        {0, "ON/OFF", ""},         {1, "Output", "dB"},      {2, "Input", "dB"},     {57, "FeedBackON/OFF", ""},
+        {58, "FeedBack", "%"},     {59, "Balance", "%"},     {60, "TempoSync", ""},  {61, "SyncNote", ""},
+        {62, "", ""},              {-3, "", ""}};  // outside the table: empty texts
+    for (const auto& [index, name, label] : others) {
+        if (index >= 0) {
+            EXPECT_EQ(plugin.name(index), name) << index;
+        }
+        EXPECT_EQ(plugin.label(index), label) << index;
     }
-    EXPECT_EQ(plugin.label(0), "");
-    EXPECT_EQ(plugin.label(1), "dB");
-    EXPECT_EQ(plugin.label(2), "dB");
-    EXPECT_EQ(plugin.label(62), "");
-    EXPECT_EQ(plugin.label(-3), "");
 }
 
 TEST_F(ParameterTexts, DisplayOfEveryParameterAtSeveralValues) {
@@ -166,44 +132,25 @@ TEST_F(ParameterTexts, DisplayOfEveryParameterAtSeveralValues) {
 }
 
 TEST_F(ParameterTexts, DocumentedDisplayTexts) {
-    plugin.setParameter(1, 0.0f);
-    EXPECT_EQ(plugin.display(1), "-59.8");
-    plugin.setParameter(1, 1.0f);
-    EXPECT_EQ(plugin.display(1), "6.0");
-    plugin.setParameter(2, 1.0f);
-    EXPECT_EQ(plugin.display(2), "0.0");
-    plugin.setParameter(33, 0.25f);  // rounds to the peaking band
-    EXPECT_EQ(plugin.display(33), "PK");
-    plugin.setParameter(61, 0.5f);
-    EXPECT_EQ(plugin.display(61), "16th");
-    plugin.setParameter(61, 1.0f);
-    EXPECT_EQ(plugin.display(61), "32th");
-    plugin.setParameter(61, 0.16f);
-    EXPECT_EQ(plugin.display(61), "Quarter");
-    plugin.setParameter(0, 0.5f);  // a switch is on only at exactly 1.0
-    EXPECT_EQ(plugin.display(0), "OFF");
-    plugin.setParameter(21, NAN);
-    EXPECT_EQ(plugin.display(21), "OFF");
-}
-
-TEST_F(ParameterTexts, MinusZeroIsHiddenOnlyForOutputAndInput) {
-    // A linear 0.999 is -0.0087 dB, which "%.1f" writes as "-0.0".
-    float n = (float)((0.999 - 0.001) / 1.999);
-    plugin.setParameter(1, n);
-    plugin.setParameter(9, n);
-    EXPECT_EQ(plugin.display(1), "0.0");
-    EXPECT_EQ(plugin.display(9), "-0.0");
-    plugin.setParameter(2, (float)((0.999 - 0.001) / 0.999));
-    EXPECT_EQ(plugin.display(2), "0.0");
-}
-
-TEST_F(ParameterTexts, ValuesOutsideTheIndexRange) {
+    // A linear 0.999 is -0.0087 dB, which "%.1f" writes as "-0.0": hidden only for Output and Input.
+    const float nearUnity = (float)((0.999 - 0.001) / 1.999);
+    const std::tuple<int, float, const char*> cases[] = {
+        {1, 0.0f, "-59.8"},     {1, 1.0f, "6.0"},      {2, 1.0f, "0.0"},
+        {33, 0.25f, "PK"},  // rounds to the peaking band
+        {61, 0.5f, "16th"},     {61, 1.0f, "32th"},    {61, 0.16f, "Quarter"},
+        {0, 0.5f, "OFF"},  // a switch is on only at exactly 1.0
+        {21, NAN, "OFF"},       {1, nearUnity, "0.0"}, {9, nearUnity, "-0.0"},
+        {2, (float)((0.999 - 0.001) / 0.999), "0.0"}};
+    for (const auto& [index, n, text] : cases) {
+        plugin.setParameter(index, n);
+        EXPECT_EQ(plugin.display(index), text) << index << " at " << n;
+    }
+    // Indices outside the table read 0 and show nothing; setting them does no harm.
+    plugin.setParameter(62, 0.5f);
+    plugin.setParameter(-1, 0.5f);
     EXPECT_EQ(plugin.getParameter(62), 0.0f);
     EXPECT_EQ(plugin.getParameter(-1), 0.0f);
-    plugin.setParameter(62, 0.5f);  // ignored without harm
-    plugin.setParameter(-1, 0.5f);
     EXPECT_EQ(plugin.display(62), "");
-    EXPECT_EQ(plugin.name(62), "");
 }
 
 // Values only the editor paths reach, checked on the effect object itself.

@@ -6,16 +6,6 @@
 
 #include "tests/support/EffectUnderTest.h"
 
-namespace {
-
-ATapDelayProgram RecordOf(const std::vector<unsigned char>& bank, int program) {
-    ATapDelayProgram record;
-    std::memcpy(&record, bank.data() + program * sizeof record, sizeof record);
-    return record;
-}
-
-}  // namespace
-
 TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
     IsolatedPreferences preferences;
     TempFolder emptyPluginFolder;
@@ -24,10 +14,8 @@ TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
     plugin.dispatch(effOpen);
     void* data = nullptr;
     ASSERT_EQ(plugin.dispatch(effGetChunk, 0, 0, &data), 17664);
-    auto* bytes = static_cast<unsigned char*>(data);
-    std::vector<unsigned char> bank(bytes, bytes + 17664);
     for (int program = 0; program < 64; program++) {
-        ATapDelayProgram record = RecordOf(bank, program);
+        const ATapDelayProgram& record = static_cast<const ATapDelayProgram*>(data)[program];
         EXPECT_STREQ(record.name, "Empty");
         EXPECT_EQ(record.values[21], 1.0f);
         for (int tap = 1; tap < 6; tap++) EXPECT_EQ(record.values[21 + tap], 0.0f);
@@ -40,11 +28,7 @@ TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
         EXPECT_EQ(record.values[59], 0.5f);
         EXPECT_EQ(record.values[60], 0.0f);
     }
-    char name[64];
-    for (int program : {0, 63}) {
-        EXPECT_EQ(plugin.dispatch(effGetProgramNameIndexed, program, 0, name), 1);
-        EXPECT_STREQ(name, "Empty");
-    }
+    for (int program : {0, 63}) EXPECT_EQ(plugin.text(effGetProgramNameIndexed, program), "Empty");
     // Program 0 is live after open: only tap 0 on.
     EXPECT_EQ(plugin.display(21), "ON");
     EXPECT_EQ(plugin.display(22), "OFF");
@@ -58,9 +42,7 @@ TEST(Programs, NamesAreCutTo23Characters) {
     char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";  // 30 characters
     plugin.dispatch(effSetProgramName, 0, 0, longName);
     EXPECT_EQ(plugin.programName(), "ABCDEFGHIJKLMNOPQRSTUVW");
-    char text[64];
-    plugin.dispatch(effGetProgramNameIndexed, 0, 0, text);
-    EXPECT_STREQ(text, "ABCDEFGHIJKLMNOPQRSTUVW");
+    EXPECT_EQ(plugin.text(effGetProgramNameIndexed, 0), "ABCDEFGHIJKLMNOPQRSTUVW");
 }
 
 TEST(Programs, SelectingAProgramLoadsItsValues) {
@@ -134,10 +116,9 @@ TEST_F(ProgramOperations, FactoryResetOfOneProgramOnly) {
     EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
     EXPECT_EQ(effect.view.modifies, 2);  // once by the reload, once more by the reset
 
-    std::vector<unsigned char> before = effect.bankBytes();
     effect->setProgram(3);
     effect->setParameter(58, 0.6f);
-    before = effect.bankBytes();
+    std::vector<unsigned char> before = effect.bankBytes();
     effect->ProgramToAllFactory();  // kept empty: nothing changes
     EXPECT_EQ(effect.bankBytes(), before);
     EXPECT_EQ(effect->getProgram(), 3);

@@ -62,11 +62,6 @@ protected:
         plugin.setParameter(60, 1.0f);
     }
 
-    void runBlock() {
-        std::vector<double> left(256, 0.0), right(256, 0.0), outLeft, outRight;
-        plugin.processDouble(left, right, outLeft, outRight);
-    }
-
     IsolatedPreferences preferences;
     PluginUnderTest plugin;
 };
@@ -82,7 +77,8 @@ TEST_P(TempoSource, TapTimes) {
     plugin.tempoAnswer = host.tempoAt;
     for (int tap = 0; tap < 6; tap++) ASSERT_EQ(plugin.display(3 + tap), "10.0");
     plugin.clearCalls();
-    runBlock();
+    std::vector<double> left(256, 0.0), right(256, 0.0), outLeft, outRight;
+    plugin.processDouble(left, right, outLeft, outRight);
 
     for (int tap = 0; tap < 6; tap++) EXPECT_EQ(plugin.display(3 + tap), host.taps[tap]) << tap;
     // One question for the time info per block, asking for the tempo.
@@ -104,6 +100,34 @@ INSTANTIATE_TEST_SUITE_P(Hosts, TempoSource, ::testing::ValuesIn(kHosts),
                                  if (std::isalnum((unsigned char)*c)) name += *c;
                              return name;
                          });
+
+TEST(TempoSync, EveryNoteValueAndTheFourSecondLimit) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+    plugin.prepare(44100.0f, 512);
+    plugin.tempoAnswer = 300000;  // 30 BPM: a 2000 ms quarter
+    plugin.setParameter(60, 1.0f);
+    // Targets of 4000 ms or more are skipped: those taps keep their times.
+    const std::pair<float, Texts> notes[] = {
+        {0.0f, {"2000.0", "10.0", "10.0", "10.0", "10.0", "10.0"}},               // Quarter
+        {1.0f / 3.0f, {"1000.0", "2000.0", "3000.0", "10.0", "10.0", "10.0"}},    // 8th
+        {2.0f / 3.0f, {"500.0", "1000.0", "1500.0", "2000.0", "2500.0", "3000.0"}},  // 16th
+        {1.0f, {"250.0", "500.0", "750.0", "1000.0", "1250.0", "1500.0"}},        // 32th
+    };
+    std::vector<double> left(64, 0.0), right(64, 0.0), outLeft, outRight;
+    for (const auto& [note, taps] : notes) {
+        plugin.setParameter(61, note);
+        plugin.processDouble(left, right, outLeft, outRight);
+        for (int tap = 0; tap < 6; tap++) EXPECT_EQ(plugin.display(3 + tap), taps[tap]) << note << " " << tap;
+    }
+    // Tempo sync at anything but exactly 1.0 does not follow, nor ask.
+    plugin.tempoAnswer = 1200000;
+    plugin.setParameter(60, 0.99f);
+    plugin.clearCalls();
+    plugin.processDouble(left, right, outLeft, outRight);
+    EXPECT_EQ(plugin.display(3), "250.0");
+    EXPECT_TRUE(plugin.callsWithOpcode(audioMasterTempoAt).empty());
+}
 
 TEST(TempoSync, TimeInfoTempoFollowsChangesAndRecordsThem) {
     IsolatedPreferences preferences;

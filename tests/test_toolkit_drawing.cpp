@@ -75,7 +75,7 @@ TEST(ToolkitRaster, MaskSequenceDrawsTransparently) {
     EXPECT_EQ(Rgb(target, 1, 0), 0x204060u);
 }
 
-TEST(ToolkitRaster, BlitsAreClippedToBothImages) {
+TEST(ToolkitRaster, BlitsAreClippedToBothImagesAndFromNothingDrawNothing) {
     CDC source, target;
     Filled(source, 2, 2, 0x111111);
     Put(source, 1, 1, 0x999999);
@@ -97,18 +97,17 @@ TEST(ToolkitRaster, BlitsAreClippedToBothImages) {
     EXPECT_EQ(Rgb(strip, 1, 0), 0x10u);
     EXPECT_EQ(Rgb(strip, 2, 0), 0x20u);
     EXPECT_EQ(Rgb(strip, 3, 0), 0x30u);
-}
 
-TEST(ToolkitRaster, BlitFromNothingReportsAndDrawsNothing) {
-    CDC empty, target;
+    // From nothing: reported, and nothing drawn.
+    CDC empty, kept;
     empty.CreateCompatibleDC(nullptr);
-    Filled(target, 1, 1, 0x123456);
+    Filled(kept, 1, 1, 0x123456);
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(target.BitBlt(0, 0, 1, 1, &empty, 0, 0, SRCCOPY));
-    EXPECT_FALSE(target.BitBlt(0, 0, 1, 1, nullptr, 0, 0, SRCCOPY));
+    EXPECT_FALSE(kept.BitBlt(0, 0, 1, 1, &empty, 0, 0, SRCCOPY));
+    EXPECT_FALSE(kept.BitBlt(0, 0, 1, 1, nullptr, 0, 0, SRCCOPY));
     const std::string err = testing::internal::GetCapturedStderr();
     EXPECT_EQ(err.rfind("BitBlt null", 0), 0u) << err;
-    EXPECT_EQ(Rgb(target, 0, 0), 0x123456u);
+    EXPECT_EQ(Rgb(kept, 0, 0), 0x123456u);
 }
 
 TEST(ToolkitRaster, StretchBltTakesTheNearestPixel) {
@@ -186,7 +185,7 @@ TEST(ToolkitBitmaps, FillsAndBitmapLifetimes) {
 // -948 to 2524, ascender 1901. At 12 px: line (2524 + 948) / 2048 x 12 =
 // 20.3 -> 20, ascent 1901 / 2048 x 12 - 2 = 9.1 -> 9; at 9 px: 15.2 -> 15
 // and 6.4 -> 6.
-TEST(ToolkitText, MissingFaceFallsBackToSansWithItsMetrics) {
+TEST(ToolkitText, MissingFaceFallsBackToSansWithItsMetricsAndExtents) {
     CFont big, small;
     EXPECT_TRUE(big.CreatePointFont(12, "Osaka"));
     EXPECT_TRUE(small.CreatePointFont(9, "Osaka"));
@@ -197,6 +196,22 @@ TEST(ToolkitText, MissingFaceFallsBackToSansWithItsMetrics) {
     EXPECT_EQ(big.GetAscent(), 9);
     EXPECT_EQ(small.GetLineHeight(), 15);
     EXPECT_EQ(small.GetAscent(), 6);
+
+    // Extents: the rounded advance ("H" advances 1540 units: 9.02 px) and
+    // the line height.
+    CDC measure;
+    ASSERT_TRUE(measure.CreateDC("DISPLAY"));
+    measure.SelectObject(&big);
+    EXPECT_EQ(measure.GetTextExtent("H", 1), CSize(9, 20));
+    EXPECT_EQ(measure.GetTextExtent(CString("HH")), CSize(18, 20));
+    EXPECT_EQ(measure.GetTextExtent("HHH", 2), CSize(18, 20));
+    EXPECT_EQ(measure.GetTextExtent("", 0), CSize(0, 20));
+    // Drawing into a measuring DC does nothing and does not fail.
+    EXPECT_TRUE(measure.ExtTextOut(0, 0, ETO_OPAQUE, CRect(0, 0, 5, 5), CString("x")));
+    // Without a font: sans-serif 12.
+    CDC plain;
+    plain.CreateDC("DISPLAY");
+    EXPECT_EQ(plain.GetTextExtent("H", 1), CSize(9, 20));
 }
 
 // Rows of a white image with any ink on them.
@@ -237,25 +252,6 @@ TEST(ToolkitText, TextTopIsYAndBaselineIsYPlusAscent) {
             darkest = std::min(darkest, static_cast<int>(p & 0xFF));
         }
     EXPECT_LT(darkest, 32);
-}
-
-TEST(ToolkitText, ExtentIsRoundedAdvanceAndLineHeight) {
-    CFont font;
-    font.CreatePointFont(12, "Osaka");
-    CDC measure;
-    ASSERT_TRUE(measure.CreateDC("DISPLAY"));
-    measure.SelectObject(&font);
-    // "H" advances 1540 units: 9.02 px.
-    EXPECT_EQ(measure.GetTextExtent("H", 1), CSize(9, 20));
-    EXPECT_EQ(measure.GetTextExtent(CString("HH")), CSize(18, 20));
-    EXPECT_EQ(measure.GetTextExtent("HHH", 2), CSize(18, 20));
-    EXPECT_EQ(measure.GetTextExtent("", 0), CSize(0, 20));
-    // Drawing into a measuring DC does nothing and does not fail.
-    EXPECT_TRUE(measure.ExtTextOut(0, 0, ETO_OPAQUE, CRect(0, 0, 5, 5), CString("x")));
-    // Without a font: sans-serif 12.
-    CDC plain;
-    plain.CreateDC("DISPLAY");
-    EXPECT_EQ(plain.GetTextExtent("H", 1), CSize(9, 20));
 }
 
 TEST(ToolkitText, OpaqueFillClippingAndGivenAdvances) {

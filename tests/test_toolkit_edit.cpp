@@ -168,7 +168,7 @@ TEST_F(ToolkitEdit, TheLimitCountsCharactersAndCutsWhatIsTyped) {
     EXPECT_EQ(TextOf(edit), "abc");
 }
 
-TEST_F(ToolkitEdit, RightAlignedTextEndsAtTheRightEdgeAndLongTextScrollsToTheCaret) {
+TEST_F(ToolkitEdit, TextIsPlacedByAlignmentScrolledToTheCaretAndAClickPlacesTheCaret) {
     MakeEdit(ES_RIGHT, CRect(20, 20, 100, 40));
     edit.SetWindowText("12.5");
     host.Env().Settle();
@@ -193,24 +193,24 @@ TEST_F(ToolkitEdit, RightAlignedTextEndsAtTheRightEdgeAndLongTextScrollsToTheCar
     Type(kHome);
     EXPECT_EQ(edit.GetTextOriginX(), area.left);
     EXPECT_EQ(edit.GetCaretX(), area.left);
-}
 
-TEST_F(ToolkitEdit, LeftAlignedTextStartsAtTheLeftEdgeAndAClickPlacesTheCaret) {
+    // Left-aligned text starts at the left edge.
+    edit.DestroyWindow();
     MakeEdit(WS_BORDER, CRect(20, 20, 220, 44));
     edit.SetWindowText("abcdef");
     host.Env().Settle();
-    const CRect area = edit.GetTextArea();
-    EXPECT_EQ(area, CRect(4, 2, 196, 22));
-    CRect inRoot = area;
-    inRoot.OffsetRect(20, 20);
-    const auto ink = InkColumns(inRoot);
-    EXPECT_GE(ink.first, inRoot.left);
-    EXPECT_LE(ink.first, inRoot.left + 2);
+    const CRect leftArea = edit.GetTextArea();
+    EXPECT_EQ(leftArea, CRect(4, 2, 196, 22));
+    CRect leftInRoot = leftArea;
+    leftInRoot.OffsetRect(20, 20);
+    const auto leftInk = InkColumns(leftInRoot);
+    EXPECT_GE(leftInk.first, leftInRoot.left);
+    EXPECT_LE(leftInk.first, leftInRoot.left + 2);
 
     // A click between two letters puts the caret there.
     edit.SetSel(0, 0);
     const int abc = TextMeasure(nullptr).Width("abc");
-    host.ClickAt(edit, area.left + abc + 1, 10);
+    host.ClickAt(edit, leftArea.left + abc + 1, 10);
     EXPECT_EQ(Selection(edit), std::make_pair(3, 3));
 }
 

@@ -45,7 +45,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ToolkitFile, WrittenBytesReadBackInOrder) {
+TEST_F(ToolkitFile, WrittenBytesReadBackInOrderAndOpeningAgainClosesTheLastStream) {
     const std::string path = Path("bank.fxb");
     const std::string bytes("CcnK\0\0\0\0FBCh\x80\xff", 14);
     {
@@ -62,6 +62,13 @@ TEST_F(ToolkitFile, WrittenBytesReadBackInOrder) {
     EXPECT_EQ(ReadText(file, 4), "CcnK");
     EXPECT_EQ(ReadText(file, 32), bytes.substr(4));  // only what is left
     EXPECT_EQ(ReadText(file, 32), "");
+
+    // Opening again closes the previous stream, flushing what it wrote.
+    ASSERT_TRUE(file.Open(Path("first.bin").c_str(), kCreateWrite));
+    file.Write("one", 3);
+    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
+    EXPECT_EQ(ReadBytes(Path("first.bin")), "one");
+    EXPECT_EQ(ReadText(file, 4), "CcnK");
 }
 
 TEST_F(ToolkitFile, ModeFlagsAreTestedCreateThenReadWriteThenWrite) {
@@ -171,16 +178,6 @@ TEST_F(ToolkitFile, ClosedOrUnopenedFileAnswersZeroAndDoesNothing) {
     EXPECT_FALSE(file.Open(Path("missing/x.bin").c_str(), kCreateWrite));
     expectInert();
     EXPECT_FALSE(file.Open(nullptr, kReadBinary));
-}
-
-TEST_F(ToolkitFile, OpeningAgainClosesThePreviousStream) {
-    CFile file;
-    ASSERT_TRUE(file.Open(Path("first.bin").c_str(), kCreateWrite));
-    file.Write("one", 3);
-    WriteBytes(Path("second.bin"), "two");
-    ASSERT_TRUE(file.Open(Path("second.bin").c_str(), kReadBinary));
-    EXPECT_EQ(ReadBytes(Path("first.bin")), "one");  // flushed by the implicit close
-    EXPECT_EQ(ReadText(file, 3), "two");
 }
 
 TEST_F(ToolkitFile, CloseReportsAWriteThatCouldNotReachTheDisk) {

@@ -252,7 +252,7 @@ TEST_F(ToolkitInput, KeySymsTranslateThroughOneTable) {
 // A popup run modally: input elsewhere is ignored, the idle hook runs each
 // turn, and the loop ends when told, when its window goes, or when the
 // connection breaks.
-TEST_F(ToolkitInput, ModalLoopsTakeInputOnlyForTheirRoot) {
+TEST_F(ToolkitInput, ModalLoopsTakeInputOnlyForTheirRootAndEndWithItOrTheConnection) {
     Probe popup;
     ASSERT_TRUE(UIConnection::CreatePopupRoot(popup, nullptr, CRect(600, 100, 700, 200), &root, 9));
     popup.ShowWindow(SW_SHOW);
@@ -290,11 +290,8 @@ TEST_F(ToolkitInput, ModalLoopsTakeInputOnlyForTheirRoot) {
     });
     EXPECT_FALSE(connection->RunModalLoop([] { return true; }, &popup));
     EXPECT_EQ(turns, 2);
-    AfxSetModalIdleHook(nullptr);
-}
 
-TEST_F(ToolkitInput, ModalLoopEndsWhenTheConnectionBreaks) {
-    UIConnection* connection = root.GetConnection();
+    // So does the connection breaking.
     AfxSetModalIdleHook([] { headless::BreakConnections(); });
     EXPECT_FALSE(connection->RunModalLoop([] { return true; }, &root));
     AfxSetModalIdleHook(nullptr);

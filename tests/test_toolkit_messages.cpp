@@ -138,13 +138,11 @@ TEST_F(ToolkitMessages, RuntimeClassesAndDynamicCreation) {
     EXPECT_EQ(RUNTIME_CLASS(CWinApp)->CreateObject(), nullptr);  // not dynamically creatable
 }
 
-TEST_F(ToolkitMessages, CreateRefusedByOnCreateLeavesNoWindow) {
-    RefusingWindow window;
-    EXPECT_FALSE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
-    EXPECT_EQ(window.GetSafeHwnd(), nullptr);
-}
+TEST_F(ToolkitMessages, CreateMayBeRefusedAndDestroyGoesParentFirstFinishingBottomUp) {
+    RefusingWindow refused;
+    EXPECT_FALSE(refused.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
+    EXPECT_EQ(refused.GetSafeHwnd(), nullptr);
 
-TEST_F(ToolkitMessages, DestroyOrderParentFirstThenChildrenFinishingBottomUp) {
     DerivedWindow parent, child, grandchild, sibling;
     ASSERT_TRUE(parent.Create(nullptr, "", WS_CHILD, CRect(0, 0, 50, 50), nullptr, 1));
     ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD, CRect(0, 0, 20, 20), &parent, 2));
@@ -182,7 +180,7 @@ TEST_F(ToolkitMessages, TextFontAndDialogItems) {
 }
 
 // Posts while nothing pumps: the ring keeps the newest 256, in order.
-TEST_F(ToolkitMessages, PostedRingKeepsTheNewest256InOrder) {
+TEST_F(ToolkitMessages, PostedRingKeepsTheNewest256InOrderAndTakesPostsFromOtherThreads) {
     Recorder window;
     ASSERT_TRUE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
     AfxPumpMessages();
@@ -195,6 +193,15 @@ TEST_F(ToolkitMessages, PostedRingKeepsTheNewest256InOrder) {
     window.received.clear();
     AfxPumpMessages();
     EXPECT_TRUE(window.received.empty());
+
+    // Posts from another thread arrive in order as well.
+    std::thread poster([&window] {
+        for (int i = 0; i < 100; ++i) window.PostMessage(WM_USER + 2, i);
+    });
+    poster.join();
+    AfxPumpMessages();
+    ASSERT_EQ(window.received.size(), 100u);
+    for (size_t i = 0; i < 100; ++i) EXPECT_EQ(window.received[i].second, i);
     window.DestroyWindow();
 }
 
@@ -246,21 +253,6 @@ TEST_F(ToolkitMessages, DueTimersFireOncePerPumpUntilKilled) {
     procFired = 0;
     AfxPumpMessages();
     EXPECT_EQ(procFired, 0u);
-}
-
-TEST_F(ToolkitMessages, PostsFromOtherThreadsArriveInOrder) {
-    Recorder window;
-    ASSERT_TRUE(window.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));
-    AfxPumpMessages();
-    window.received.clear();
-    std::thread poster([&window] {
-        for (int i = 0; i < 100; ++i) window.PostMessage(WM_USER + 2, i);
-    });
-    poster.join();
-    AfxPumpMessages();
-    ASSERT_EQ(window.received.size(), 100u);
-    for (size_t i = 0; i < 100; ++i) EXPECT_EQ(window.received[i].second, i);
-    window.DestroyWindow();
 }
 
 // Handlers that destroy or delete their own window.

@@ -11,7 +11,6 @@
 #include "toolkit/CMenu.h"
 #include "toolkit/ComboListPopup.h"
 #include "toolkit/MenuPopup.h"
-#include "toolkit/UIConnection.h"
 #include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
@@ -20,25 +19,24 @@ constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kUp = 0xff52, kDown 
 constexpr unsigned long kPageDown = 0xff56, kHome = 0xff50, kEnd = 0xff57;
 using Command = CommandRecorder::Command;
 
-template <class T>
-T* OpenPopup() {
-    UIConnection* connection = UIConnection::Current();
-    return connection ? dynamic_cast<T*>(connection->ModalRoot()) : nullptr;
-}
-
 // The screen point at the middle of a client rectangle of window.
 CPoint MiddleOnScreen(const CWnd& window, const CRect& r) {
     return ControlHost::Screen(window, (r.left + r.right) / 2, (r.top + r.bottom) / 2);
+}
+
+bool MenuOpen() { return ModalRootAs<CMenuPopup>() != nullptr; }
+
+// The middle of item index of the open menu, on the screen.
+CPoint MenuItem(int index) {
+    CMenuPopup* popup = ModalRootAs<CMenuPopup>();
+    return MiddleOnScreen(*popup, popup->GetLayout().items[index]);
 }
 
 class ToolkitPopups : public ::testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
         std::unique_ptr<TestEnvironment> environment = MakeEnvironmentNamed(GetParam());
-        if (!environment) {
-            if (X11IsRequired()) FAIL() << "no X server at $DISPLAY";
-            GTEST_SKIP() << "no X server at $DISPLAY";
-        }
+        SKIP_WITHOUT_X11(environment);
         std::string error;
         ASSERT_TRUE(host.Open(std::move(environment), error)) << error;
     }
@@ -48,26 +46,18 @@ protected:
     }
     bool Headless() const { return GetParam() == "headless"; }
 
-    // A menu of five: a checked item, a separator, a grayed one.
-    void MakeFiveItemMenu(CMenu& menu) {
-        menu.CreatePopupMenu();
-        menu.AppendMenu(MF_STRING, 101, "One");
-        menu.AppendMenu(MF_STRING | MF_CHECKED, 102, "Two");
-        menu.AppendMenu(MF_SEPARATOR);
-        menu.AppendMenu(MF_STRING | MF_GRAYED, 103, "Three");
-        menu.AppendMenu(MF_STRING, 104, "Four");
-    }
     // Waits for the open menu, then clicks item index.
     void ClickMenuItem(ModalScript& script, int index) {
-        script.WaitUntil([] { return OpenPopup<CMenuPopup>() != nullptr; })
-            .Do([this, &script, index] {
-                CMenuPopup* popup = OpenPopup<CMenuPopup>();
-                const CPoint at = MiddleOnScreen(*popup, popup->GetLayout().items[index]);
-                host.Env().MovePointer(at.x, at.y);
-                host.Env().PressButton(1);
-                host.Env().ReleaseButton(1);
-            });
+        script.WaitUntil(MenuOpen).ClickAt([index] { return MenuItem(index); });
     }
+    // The menu's answer when opened at the root's (x, y) with script driving it.
+    int Track(CMenu& menu, ModalScript& script, UINT flags = TPM_LEFTALIGN, int x = 50, int y = 60) {
+        script.Install();
+        const int answer = menu.TrackPopupMenu(flags, x, y, &host.Root());
+        EXPECT_FALSE(script.Overran());
+        return answer;
+    }
+
     void MakeCombo(int entries, int rootY = 20) {
         const int rows = 12;
         const CRect rect(20, rootY, 220, rootY + 22 + rows * 18 + 2);
@@ -80,123 +70,110 @@ protected:
         return {WM_COMMAND, MAKEWPARAM(1120, CBN_SELCHANGE),
                 reinterpret_cast<LPARAM>(combo.GetSafeHwnd())};
     }
-    void OpenCombo() {
+    bool ListOpen() { return combo.GetDroppedList() != nullptr; }
+    // The middle of entry index of the open list, on the screen.
+    CPoint ListEntry(int index) {
+        CComboListPopup* list = combo.GetDroppedList();
+        return MiddleOnScreen(*list, list->EntryRect(index));
+    }
+    // Opens the list with a click on the box; script drives it until it closes.
+    void RunList(ModalScript& script) {
+        script.WaitUntil([this] { return !ListOpen(); });
+        script.Install();
         CRect box;
         combo.GetClientRect(&box);
         host.ClickAt(combo, box.right - 10, box.bottom / 2);
+        EXPECT_FALSE(script.Overran());
     }
 
     ControlHost host;
     CComboBox combo;
 };
 
-TEST_P(ToolkitPopups, AClickOnAnItemSendsItsCommandOnceThePopupIsGone) {
+TEST_P(ToolkitPopups, AClickOnAnItemSendsItsCommandOnceThePopupIsGoneAndOtherWaysOutChooseNothing) {
+    // Five items: a checked one, a separator, a grayed one.
     CMenu menu;
-    MakeFiveItemMenu(menu);
+    menu.CreatePopupMenu();
+    menu.AppendMenu(MF_STRING, 101, "One");
+    menu.AppendMenu(MF_STRING | MF_CHECKED, 102, "Two");
+    menu.AppendMenu(MF_SEPARATOR);
+    menu.AppendMenu(MF_STRING | MF_GRAYED, 103, "Three");
+    menu.AppendMenu(MF_STRING, 104, "Four");
+
     HWND popupSeen = nullptr;
     bool popupGoneAtCommand = false;
-    ModalScript script(host.Env());
-    script.WaitUntil([&] {
-        CMenuPopup* popup = OpenPopup<CMenuPopup>();
-        if (popup) popupSeen = popup->GetSafeHwnd();
-        return popup != nullptr;
-    });
-    if (Headless()) {
-        script.Do([&] {
-            headless::WriteWindowPng(OpenPopup<CMenuPopup>()->GetNativeWindow(),
-                                     TAPDELAY_BINARY_DIR "toolkit-menu.png");
-        });
-    }
-    ClickMenuItem(script, 1);
-    script.Install();
-    host.Root().onCommand = [&] { popupGoneAtCommand = CWnd::FromHandle(popupSeen) == nullptr; };
-    const size_t before = host.Root().commands.size();
-    host.Root().SetCapture();  // as a window clicked to open its menu may have
-    EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), TRUE);
-    host.Root().onCommand = nullptr;
-    EXPECT_NE(popupSeen, nullptr);
-    EXPECT_TRUE(script.Finished());
-    EXPECT_FALSE(script.Overran());
-    ASSERT_EQ(host.Root().commands.size(), before + 1);
-    EXPECT_EQ(host.Root().commands.back(), (Command{WM_COMMAND, MAKEWPARAM(102, 0), 0}));
-    EXPECT_TRUE(popupGoneAtCommand);
-
-    // The menu opened at the point given in the root's client coordinates.
-    // (Checked on the next opening, which Escape closes.)
-    CRect popupRect;
-    ModalScript where(host.Env());
-    where.WaitUntil([&] {
-             CMenuPopup* popup = OpenPopup<CMenuPopup>();
-             if (popup) popup->GetWindowRect(&popupRect);
+    ModalScript click(host.Env());
+    click.WaitUntil([&] {
+             CMenuPopup* popup = ModalRootAs<CMenuPopup>();
+             if (popup) popupSeen = popup->GetSafeHwnd();
              return popup != nullptr;
          })
-        .Key(kEscape);
-    where.Install();
-    EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), 0);
-    EXPECT_EQ(popupRect.TopLeft(), ControlHost::Screen(host.Root(), 50, 60));
-}
+        .Snapshot([] { return ModalRootAs<CMenuPopup>()->GetNativeWindow(); },
+                  TAPDELAY_BINARY_DIR "toolkit-menu.png");
+    ClickMenuItem(click, 1);
+    host.Root().onCommand = [&] { popupGoneAtCommand = CWnd::FromHandle(popupSeen) == nullptr; };
+    host.Root().SetCapture();  // as a window clicked to open its menu may have
+    EXPECT_EQ(Track(menu, click), TRUE);
+    host.Root().onCommand = nullptr;
+    EXPECT_TRUE(click.Finished());
+    EXPECT_EQ(host.Root().commands, (std::vector<Command>{{WM_COMMAND, MAKEWPARAM(102, 0), 0}}));
+    EXPECT_TRUE(popupGoneAtCommand);
 
-TEST_P(ToolkitPopups, EscapeAClickOutsideAndAGrayedItemChooseNothing) {
-    CMenu menu;
-    MakeFiveItemMenu(menu);
-    {
-        ModalScript script(host.Env());
-        script.WaitUntil([] { return OpenPopup<CMenuPopup>() != nullptr; }).Key(kEscape);
-        script.Install();
-        EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), 0);
-        EXPECT_FALSE(script.Overran());
-    }
-    {
-        ModalScript script(host.Env());
-        script.WaitUntil([] { return OpenPopup<CMenuPopup>() != nullptr; })
-            .Click(ControlHost::Screen(host.Root(), 400, 350));
-        script.Install();
-        EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), 0);
-        EXPECT_FALSE(script.Overran());
-    }
-    {
-        // The grayed item takes the click and stays open; the pointer moving
-        // on to "Four" highlights it (so the click has been handled).
-        ModalScript script(host.Env());
-        bool stillOpen = false;
-        ClickMenuItem(script, 3);
-        script
-            .Do([this] {
-                CMenuPopup* popup = OpenPopup<CMenuPopup>();
-                const CPoint at = MiddleOnScreen(*popup, popup->GetLayout().items[4]);
-                host.Env().MovePointer(at.x, at.y);
-            })
-            .WaitUntil([&] {
-                CMenuPopup* popup = OpenPopup<CMenuPopup>();
-                stillOpen = popup != nullptr;
-                return !popup || popup->GetHotIndex() == 4;
-            })
-            .Key(kEscape);
-        script.Install();
-        EXPECT_EQ(menu.TrackPopupMenu(TPM_LEFTALIGN, 50, 60, &host.Root()), 0);
-        EXPECT_TRUE(stillOpen);
-        EXPECT_FALSE(script.Overran());
-    }
-    EXPECT_TRUE(host.Root().commands.empty());
+    // Escape; the menu opened at the point given in the root's client
+    // coordinates.
+    CRect popupRect;
+    ModalScript escape(host.Env());
+    escape
+        .WaitUntil([&] {
+            CMenuPopup* popup = ModalRootAs<CMenuPopup>();
+            if (popup) popup->GetWindowRect(&popupRect);
+            return popup != nullptr;
+        })
+        .Key(kEscape);
+    EXPECT_EQ(Track(menu, escape), 0);
+    EXPECT_EQ(popupRect.TopLeft(), ControlHost::Screen(host.Root(), 50, 60));
+    // A click outside.
+    ModalScript outside(host.Env());
+    outside.WaitUntil(MenuOpen).Click(ControlHost::Screen(host.Root(), 400, 350));
+    EXPECT_EQ(Track(menu, outside), 0);
+    // The grayed item takes the click and stays open; the pointer moving on
+    // to "Four" highlights it (so the click has been handled).
+    ModalScript grayed(host.Env());
+    bool stillOpen = false;
+    ClickMenuItem(grayed, 3);
+    grayed
+        .Do([this] {
+            const CPoint at = MenuItem(4);
+            host.Env().MovePointer(at.x, at.y);
+        })
+        .WaitUntil([&] {
+            CMenuPopup* popup = ModalRootAs<CMenuPopup>();
+            stillOpen = popup != nullptr;
+            return !popup || popup->GetHotIndex() == 4;
+        })
+        .Key(kEscape);
+    EXPECT_EQ(Track(menu, grayed), 0);
+    EXPECT_TRUE(stillOpen);
+    EXPECT_EQ(host.Root().commands.size(), 1u);
 
     // Keys: Down skips the separator and the grayed item; with TPM_RETURNCMD
     // the id comes back instead of a command.
     ModalScript keys(host.Env());
-    keys.WaitUntil([] { return OpenPopup<CMenuPopup>() != nullptr; })
+    keys.WaitUntil(MenuOpen)
         .Key(kDown)
         .Key(kDown)
         .Key(kDown)
-        .WaitUntil([] { return OpenPopup<CMenuPopup>()->GetHotIndex() == 4; })
+        .WaitUntil([] { return ModalRootAs<CMenuPopup>()->GetHotIndex() == 4; })
         .Key(kReturn);
-    keys.Install();
-    EXPECT_EQ(menu.TrackPopupMenu(TPM_RETURNCMD, 50, 60, &host.Root()), 104);
-    EXPECT_TRUE(host.Root().commands.empty());
+    EXPECT_EQ(Track(menu, keys, TPM_RETURNCMD), 104);
+    EXPECT_EQ(host.Root().commands.size(), 1u);
 }
 
 TEST_P(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndEachIsClickable) {
-    UIConnection* connection = host.Root().GetConnection();
-    const CSize screen = connection->ScreenSize();
-    if (Headless()) EXPECT_EQ(screen, CSize(1024, 768));
+    const CSize screen = host.Root().GetConnection()->ScreenSize();
+    if (Headless()) {
+        EXPECT_EQ(screen, CSize(1024, 768));
+    }
     CMenu menu;
     menu.CreatePopupMenu();
     for (int i = 0; i < 64; ++i)
@@ -209,7 +186,7 @@ TEST_P(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndEachIsClickable) {
         bool itemsInside = true;
         ModalScript script(host.Env());
         script.WaitUntil([&] {
-            CMenuPopup* popup = OpenPopup<CMenuPopup>();
+            CMenuPopup* popup = ModalRootAs<CMenuPopup>();
             if (!popup) return false;
             popup->GetWindowRect(&popupRect);
             columns = popup->GetLayout().columns;
@@ -220,18 +197,12 @@ TEST_P(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndEachIsClickable) {
                               r.bottom <= client.bottom;
             return true;
         });
-        if (index == 0 && Headless()) {
-            script.Do([] {
-                headless::WriteWindowPng(OpenPopup<CMenuPopup>()->GetNativeWindow(),
-                                         TAPDELAY_BINARY_DIR "toolkit-menu-64.png");
-            });
-        }
+        if (index == 0)
+            script.Snapshot([] { return ModalRootAs<CMenuPopup>()->GetNativeWindow(); },
+                            TAPDELAY_BINARY_DIR "toolkit-menu-64.png");
         ClickMenuItem(script, index);
-        script.Install();
         // Opened near the root's bottom right: it has to move to fit.
-        ASSERT_EQ(menu.TrackPopupMenu(TPM_RETURNCMD, 470, 370, &host.Root()), 1010 + index)
-            << "item " << index;
-        ASSERT_FALSE(script.Overran());
+        ASSERT_EQ(Track(menu, script, TPM_RETURNCMD, 470, 370), 1010 + index) << "item " << index;
         if (index == 0) {
             EXPECT_GE(columns, 2);
             EXPECT_GE(popupRect.left, 0);
@@ -247,63 +218,37 @@ TEST_P(ToolkitPopups, AListChoiceByClickOrKeysNotifiesTheParentAndEscapeDoesNot)
     MakeCombo(30);
     combo.SetCurSel(2);
     // A click on an entry of the open list.
-    {
-        ModalScript script(host.Env());
-        script.WaitUntil([this] { return combo.GetDroppedList() != nullptr; });
-        if (Headless()) {
-            script.Do([this] {
-                headless::WriteWindowPng(combo.GetDroppedList()->GetNativeWindow(),
-                                         TAPDELAY_BINARY_DIR "toolkit-combo-list.png");
-            });
-        }
-        script.Do([this] {
-            CComboListPopup* list = combo.GetDroppedList();
-            const CPoint at = MiddleOnScreen(*list, list->EntryRect(5));
-            host.Env().MovePointer(at.x, at.y);
-            host.Env().PressButton(1);
-            host.Env().ReleaseButton(1);
-        });
-        script.WaitUntil([this] { return combo.GetDroppedList() == nullptr; });
-        script.Install();
-        OpenCombo();
-        EXPECT_FALSE(script.Overran());
-        EXPECT_EQ(combo.GetCurSel(), 5);
-        EXPECT_EQ(host.Root().commands, std::vector<Command>{SelChange()});
-        EXPECT_EQ(CWnd::GetFocus(), &combo);
-    }
+    ModalScript click(host.Env());
+    click.WaitUntil([this] { return ListOpen(); })
+        .Snapshot([this] { return combo.GetDroppedList()->GetNativeWindow(); },
+                  TAPDELAY_BINARY_DIR "toolkit-combo-list.png")
+        .ClickAt([this] { return ListEntry(5); });
+    RunList(click);
+    EXPECT_EQ(combo.GetCurSel(), 5);
+    EXPECT_EQ(host.Root().commands, std::vector<Command>{SelChange()});
+    EXPECT_EQ(CWnd::GetFocus(), &combo);
     // Escape and a click outside leave it as it was.
-    for (int way = 0; way < 2; ++way) {
-        ModalScript script(host.Env());
-        script.WaitUntil([this] { return combo.GetDroppedList() != nullptr; });
-        if (way == 0) {
-            script.Key(kDown).Key(kDown).Key(kEscape);
-        } else {
-            script.Click(ControlHost::Screen(host.Root(), 400, 10));
-        }
-        script.WaitUntil([this] { return combo.GetDroppedList() == nullptr; });
-        script.Install();
-        OpenCombo();
-        EXPECT_FALSE(script.Overran());
+    ModalScript escape(host.Env()), outside(host.Env());
+    escape.WaitUntil([this] { return ListOpen(); }).Key(kDown).Key(kDown).Key(kEscape);
+    outside.WaitUntil([this] { return ListOpen(); }).Click(ControlHost::Screen(host.Root(), 400, 10));
+    for (ModalScript* script : {&escape, &outside}) {
+        RunList(*script);
         EXPECT_EQ(combo.GetCurSel(), 5);
         EXPECT_EQ(host.Root().commands.size(), 1u);
     }
     // Keys in the open list: three down and Return.
-    {
-        ModalScript script(host.Env());
-        script.WaitUntil([this] { return combo.GetDroppedList() != nullptr; })
-            .Key(kDown)
-            .Key(kDown)
-            .Key(kDown)
-            .WaitUntil([this] { return combo.GetDroppedList()->GetHotIndex() == 8; })
-            .Key(kReturn)
-            .WaitUntil([this] { return combo.GetDroppedList() == nullptr; });
-        script.Install();
-        OpenCombo();
-        EXPECT_FALSE(script.Overran());
-        EXPECT_EQ(combo.GetCurSel(), 8);
-        EXPECT_EQ(host.Root().commands, std::vector<Command>(2, SelChange()));
-    }
+    ModalScript keys(host.Env());
+    keys.WaitUntil([this] { return ListOpen(); })
+        .Key(kDown)
+        .Key(kDown)
+        .Key(kDown)
+        .WaitUntil([this] { return combo.GetDroppedList()->GetHotIndex() == 8; })
+        .Key(kReturn);
+    RunList(keys);
+    EXPECT_EQ(combo.GetCurSel(), 8);
+    EXPECT_EQ(host.Root().commands, std::vector<Command>(2, SelChange()));
     AfxSetModalIdleHook(nullptr);
+
     // Keys on the closed box change the selection and notify each time.
     host.Root().commands.clear();
     host.Env().TypeKey(kDown);
@@ -349,37 +294,18 @@ TEST_P(ToolkitPopups, ALongListShowsTwelveRowsBelowTheBoxAndScrolls) {
         .WaitUntil(listTopIs(11))
         .Key(kEnd)
         .WaitUntil(listTopIs(52))
-        .Do([this] {
-            // One notch of the wheel up: three rows.
-            CComboListPopup* list = combo.GetDroppedList();
-            const CPoint at = MiddleOnScreen(*list, list->EntryRect(55));
-            host.Env().MovePointer(at.x, at.y);
-            host.Env().PressButton(4);
-            host.Env().ReleaseButton(4);
-        })
+        .ClickAt([this] { return ListEntry(55); }, 4)  // one notch of the wheel up: three rows
         .WaitUntil(listTopIs(49))
-        .Do([this] {
-            // A click in the scroll bar above the thumb: a page up.
+        .ClickAt([this] {
+            // In the scroll bar above the thumb: a page up.
             CComboListPopup* list = combo.GetDroppedList();
             CRect client;
             list->GetClientRect(&client);
-            const CPoint at = ControlHost::Screen(*list, client.right - 5, 5);
-            host.Env().MovePointer(at.x, at.y);
-            host.Env().PressButton(1);
-            host.Env().ReleaseButton(1);
+            return ControlHost::Screen(*list, client.right - 5, 5);
         })
         .WaitUntil(listTopIs(38))
-        .Do([this] {
-            CComboListPopup* list = combo.GetDroppedList();
-            const CPoint at = MiddleOnScreen(*list, list->EntryRect(40));
-            host.Env().MovePointer(at.x, at.y);
-            host.Env().PressButton(1);
-            host.Env().ReleaseButton(1);
-        })
-        .WaitUntil([this] { return combo.GetDroppedList() == nullptr; });
-    script.Install();
-    OpenCombo();
-    EXPECT_FALSE(script.Overran());
+        .ClickAt([this] { return ListEntry(40); });
+    RunList(script);
     EXPECT_EQ(tops, std::vector<int>{0});
     EXPECT_EQ(combo.GetCurSel(), 40);
     EXPECT_EQ(listRect, CRect(box.left, box.bottom, box.right,
@@ -399,12 +325,9 @@ TEST_P(ToolkitPopups, AListWithoutRoomBelowOpensAboveTheBox) {
               if (list) list->GetWindowRect(&listRect);
               return list != nullptr;
           })
-        .Key(kEscape)
-        .WaitUntil([this] { return combo.GetDroppedList() == nullptr; });
-    script.Install();
-    OpenCombo();
+        .Key(kEscape);
+    RunList(script);
     headless::SetScreenSize(CSize(1024, 768));
-    EXPECT_FALSE(script.Overran());
     EXPECT_EQ(listRect.bottom, box.top);
     EXPECT_EQ(listRect.Height(), CComboListPopup::ListHeight(12, nullptr));
 }

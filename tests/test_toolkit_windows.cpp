@@ -248,7 +248,7 @@ TEST_F(ToolkitWindows, ClassBackgroundBrushErasesUnlessHollow) {
     EXPECT_EQ(shot.Root(5, 5), 0x808080u);  // the hollow child leaves its parent's pixels
 }
 
-TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
+TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizesAndTheScreenHasItsMetrics) {
     Painter root;
     ASSERT_TRUE(hosted.CreateRoot(root));
     const NativeWindow native = root.GetNativeWindow();
@@ -279,6 +279,20 @@ TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
     root.ShowWindow(SW_HIDE);
     EXPECT_FALSE(headless::IsShown(native));
     EXPECT_FALSE(child.IsWindowVisible());
+
+    // The screen's metrics.
+    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1024);
+    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 768);
+    headless::SetScreenSize(CSize(1280, 1024));
+    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1280);
+    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 1024);
+    headless::SetScreenSize(CSize(1024, 768));
+    EXPECT_EQ(GetSystemMetrics(SM_CYHSCROLL), 17);
+    EXPECT_EQ(GetSystemMetrics(SM_CXVSCROLL), 17);
+    EXPECT_EQ(GetSystemMetrics(SM_CXEDGE), 2);
+    EXPECT_EQ(GetSystemMetrics(SM_CYEDGE), 2);
+    EXPECT_EQ(GetSystemMetrics(99), 0);
+    EXPECT_NE(LoadCursor(nullptr, IDC_ARROW), nullptr);
 }
 
 TEST_F(ToolkitWindows, PopupAndTopLevelRootsLiveOnTheOwnersConnection) {
@@ -312,23 +326,6 @@ TEST_F(ToolkitWindows, PopupAndTopLevelRootsLiveOnTheOwnersConnection) {
     root.DestroyWindow();
     EXPECT_EQ(popup.GetSafeHwnd(), nullptr);
     EXPECT_FALSE(headless::WindowExists(popupNative));
-}
-
-TEST_F(ToolkitWindows, ScreenMetrics) {
-    Painter root;
-    ASSERT_TRUE(hosted.CreateRoot(root));
-    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1024);
-    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 768);
-    headless::SetScreenSize(CSize(1280, 1024));
-    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 1280);
-    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 1024);
-    headless::SetScreenSize(CSize(1024, 768));
-    EXPECT_EQ(GetSystemMetrics(SM_CYHSCROLL), 17);
-    EXPECT_EQ(GetSystemMetrics(SM_CXVSCROLL), 17);
-    EXPECT_EQ(GetSystemMetrics(SM_CXEDGE), 2);
-    EXPECT_EQ(GetSystemMetrics(SM_CYEDGE), 2);
-    EXPECT_EQ(GetSystemMetrics(99), 0);
-    EXPECT_NE(LoadCursor(nullptr, IDC_ARROW), nullptr);
 }
 
 // Records which windows each native call names, passing everything on.

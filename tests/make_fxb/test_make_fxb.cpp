@@ -221,12 +221,19 @@ TEST_F(MakeFxbTool, WritesTheBankFileFromAGoodText) {
     EXPECT_EQ(RunOn(text), std::make_pair(0, std::string()));
     const std::vector<unsigned char> bytes = ReadWholeFile(target);
     ASSERT_EQ(bytes.size(), 17824u);
+    // "CcnK", size field 0, "FBCh", version 1, "VaTD", version 1, 64 programs,
+    // 128 reserved zero bytes, the chunk size 17664, the bank.
     EXPECT_EQ(std::memcmp(bytes.data(), "CcnK\0\0\0\0FBCh\0\0\0\1VaTD\0\0\0\1\0\0\0\x40", 28), 0);
+    EXPECT_EQ(std::vector<unsigned char>(bytes.begin() + 28, bytes.begin() + 156), std::vector<unsigned char>(128, 0));
     EXPECT_EQ(std::memcmp(bytes.data() + 156, "\0\0\x45\0", 4), 0);
     std::vector<ATapDelayProgram> bank(64);
     std::string error;
     ASSERT_TRUE(MakeFactoryBank(Parse(text).presets, bank.data(), &error));
     EXPECT_EQ(std::memcmp(bytes.data() + 160, bank.data(), 17664), 0);
+
+    // The bank shipped beside the plug-in is the tool's output for resources/presets.txt.
+    ASSERT_EQ(RunTool(std::string(TAPDELAY_SOURCE_DIR) + "resources/presets.txt " + target).first, 0);
+    EXPECT_EQ(ReadWholeFile(std::string(TAPDELAY_PLUGIN_DIR) + "TapDelayDef.fxb"), ReadWholeFile(target));
 }
 
 TEST_F(MakeFxbTool, BadInputFailsWithLineNumbersAndWritesNothing) {

@@ -36,10 +36,7 @@ VstIntPtr EffectUnderTest::callback(AEffect*, VstInt32 opcode, VstInt32 index, V
 }
 
 std::vector<HostCall> EffectUnderTest::callsWithOpcode(VstInt32 opcode) const {
-    std::vector<HostCall> found;
-    for (const HostCall& call : calls)
-        if (call.opcode == opcode) found.push_back(call);
-    return found;
+    return CallsWithOpcode(calls, opcode);
 }
 
 std::string EffectUnderTest::display(int index) {
@@ -48,16 +45,9 @@ std::string EffectUnderTest::display(int index) {
     return text;
 }
 
-std::vector<unsigned char> EffectUnderTest::bankBytes() {
+std::vector<unsigned char> EffectUnderTest::chunkBytes(bool program) {
     void* data = nullptr;
-    int size = m_effect->getChunk(&data, false);
-    auto* bytes = static_cast<unsigned char*>(data);
-    return std::vector<unsigned char>(bytes, bytes + size);
-}
-
-std::vector<unsigned char> EffectUnderTest::programBytes() {
-    void* data = nullptr;
-    int size = m_effect->getChunk(&data, true);
+    int size = m_effect->getChunk(&data, program);
     auto* bytes = static_cast<unsigned char*>(data);
     return std::vector<unsigned char>(bytes, bytes + size);
 }

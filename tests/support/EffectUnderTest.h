@@ -30,9 +30,10 @@ public:
 
     std::vector<HostCall> callsWithOpcode(VstInt32 opcode) const;
     std::string display(int index);
-    // The current bank as raw bytes.
-    std::vector<unsigned char> bankBytes();
-    std::vector<unsigned char> programBytes();
+    // The current bank, or the current program's record, as raw bytes.
+    std::vector<unsigned char> chunkBytes(bool program);
+    std::vector<unsigned char> bankBytes() { return chunkBytes(false); }
+    std::vector<unsigned char> programBytes() { return chunkBytes(true); }
 
     std::vector<HostCall> calls;
     std::string directoryAnswer;

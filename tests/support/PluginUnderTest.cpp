@@ -88,34 +88,20 @@ std::string PluginUnderTest::EmptyPluginFolder() {
     return folder.path();
 }
 
-std::vector<HostCall> PluginUnderTest::callsWithOpcode(VstInt32 opcode) const {
+std::vector<HostCall> CallsWithOpcode(const std::vector<HostCall>& calls, VstInt32 opcode) {
     std::vector<HostCall> found;
     for (const HostCall& call : calls)
         if (call.opcode == opcode) found.push_back(call);
     return found;
 }
 
-std::string PluginUnderTest::display(int index) {
-    char text[256] = {};
-    dispatch(effGetParamDisplay, index, 0, text);
-    return text;
+std::vector<HostCall> PluginUnderTest::callsWithOpcode(VstInt32 opcode) const {
+    return CallsWithOpcode(calls, opcode);
 }
 
-std::string PluginUnderTest::name(int index) {
+std::string PluginUnderTest::text(VstInt32 opcode, int index) {
     char text[256] = {};
-    dispatch(effGetParamName, index, 0, text);
-    return text;
-}
-
-std::string PluginUnderTest::label(int index) {
-    char text[256] = {};
-    dispatch(effGetParamLabel, index, 0, text);
-    return text;
-}
-
-std::string PluginUnderTest::programName() {
-    char text[256] = {};
-    dispatch(effGetProgramName, 0, 0, text);
+    dispatch(opcode, index, 0, text);
     return text;
 }
 

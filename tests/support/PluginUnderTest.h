@@ -34,10 +34,12 @@ public:
 
     void setParameter(int index, float value) { m_effect->setParameter(m_effect, index, value); }
     float getParameter(int index) { return m_effect->getParameter(m_effect, index); }
-    std::string display(int index);
-    std::string name(int index);
-    std::string label(int index);
-    std::string programName();
+    // The text an opcode writes into a zeroed buffer.
+    std::string text(VstInt32 opcode, int index = 0);
+    std::string display(int index) { return text(effGetParamDisplay, index); }
+    std::string name(int index) { return text(effGetParamName, index); }
+    std::string label(int index) { return text(effGetParamLabel, index); }
+    std::string programName() { return text(effGetProgramName); }
     int program() { return (int)dispatch(effGetProgram); }
     void setProgram(int program) { dispatch(effSetProgram, 0, program); }
 
@@ -88,6 +90,9 @@ private:
     std::string m_previous;
     bool m_hadPrevious = false;
 };
+
+// The calls of one opcode among `calls`, in order.
+std::vector<HostCall> CallsWithOpcode(const std::vector<HostCall>& calls, VstInt32 opcode);
 
 std::vector<unsigned char> ReadWholeFile(const std::string& path);
 void WriteWholeFile(const std::string& path, const std::vector<unsigned char>& bytes);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "toolkit/CDC.h"
+#include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
 constexpr unsigned long kEscape = 0xff1b;
@@ -76,9 +77,14 @@ ModalScript& ModalScript::WaitUntil(std::function<bool()> condition) {
 }
 
 ModalScript& ModalScript::Click(CPoint screen, int button) {
+    return ClickAt([screen] { return screen; }, button);
+}
+
+ModalScript& ModalScript::ClickAt(std::function<CPoint()> screen, int button) {
     TestEnvironment* env = &m_environment;
     return Do([env, screen, button] {
-        env->MovePointer(screen.x, screen.y);
+        const CPoint at = screen();
+        env->MovePointer(at.x, at.y);
         env->PressButton(button);
         env->ReleaseButton(button);
     });
@@ -106,6 +112,11 @@ ModalScript& ModalScript::Text(const std::string& ascii) {
         });
     }
     return *this;
+}
+
+ModalScript& ModalScript::Snapshot(std::function<NativeWindow()> window, const char* path) {
+    if (std::string(m_environment.Name()) != "headless") return *this;
+    return Do([window, file = std::string(path)] { headless::WriteWindowPng(window(), file.c_str()); });
 }
 
 void ModalScript::Install() {

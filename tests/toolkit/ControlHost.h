@@ -12,6 +12,7 @@
 #include "tests/toolkit/TestEnvironment.h"
 #include "toolkit/CWinApp.h"
 #include "toolkit/CWnd.h"
+#include "toolkit/UIConnection.h"
 
 // The root window: light grey, records WM_COMMAND and WM_VSCROLL.
 class CommandRecorder : public CWnd {
@@ -68,8 +69,13 @@ public:
     ModalScript& WaitUntil(std::function<bool()> condition);
     // Input, sent when the step's turn comes.
     ModalScript& Click(CPoint screen, int button = 1);
+    // A click at a screen point worked out when the step's turn comes.
+    ModalScript& ClickAt(std::function<CPoint()> screen, int button = 1);
     ModalScript& Key(unsigned long keysym);
     ModalScript& Text(const std::string& ascii);
+    // On the headless screen, writes the window's pixels to the PNG file at
+    // path for a person to look at; nothing elsewhere.
+    ModalScript& Snapshot(std::function<NativeWindow()> window, const char* path);
 
     void Install();
     bool Finished() const { return m_next >= m_steps.size(); }
@@ -84,6 +90,13 @@ private:
     bool m_overran = false;
 };
 
+// The modal loop's root window (a menu, a list, a dialog) when it is a T.
+template <class T>
+T* ModalRootAs() {
+    UIConnection* connection = UIConnection::Current();
+    return connection ? dynamic_cast<T*>(connection->ModalRoot()) : nullptr;
+}
+
 // The environments the popup and dialog tests run in: headless always, X11
 // when a server is reachable.
 std::vector<std::string> ControlEnvironmentNames();
@@ -91,3 +104,12 @@ std::unique_ptr<TestEnvironment> MakeEnvironmentNamed(const std::string& name);
 // A test's X11 run without a server is skipped, unless TAPDELAY_REQUIRE_X11
 // is set.
 bool X11IsRequired();
+
+// Skips the test when there is no X server, or fails it when one is required.
+#define SKIP_WITHOUT_X11(available)                                   \
+    do {                                                              \
+        if (!(available)) {                                           \
+            if (X11IsRequired()) FAIL() << "no X server at $DISPLAY"; \
+            GTEST_SKIP() << "no X server at $DISPLAY";                \
+        }                                                             \
+    } while (false)

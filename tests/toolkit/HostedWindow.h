@@ -17,8 +17,7 @@ public:
     explicit HostedWindow(std::unique_ptr<TestEnvironment> environment)
         : env(std::move(environment)) {
         env->Install();
-        host = env->CreateHostWindow(CRect(kHostX, kHostY, kHostX + kHostWidth, kHostY + kHostHeight));
-        opened = frame.SetNativeHandle(host);
+        opened = OpenHost();
     }
     ~HostedWindow() {
         frame.SetNativeHandle(0);
@@ -31,6 +30,13 @@ public:
         return root.Create(className, "root", WS_CHILD | WS_VISIBLE,
                            CRect(kRootX, kRootY, kRootX + kRootWidth, kRootY + kRootHeight),
                            &frame, 1) != FALSE;
+    }
+    // A new host window for the frame to wrap: at first, and again after the
+    // host destroyed the last one (once the frame has let go of it).
+    bool OpenHost() {
+        host = env->CreateHostWindow(CRect(kHostX, kHostY, kHostX + kHostWidth, kHostY + kHostHeight));
+        hostDestroyed = false;
+        return frame.SetNativeHandle(host);
     }
     void DestroyHost() {
         env->DestroyHostWindow(host);

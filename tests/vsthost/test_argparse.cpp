@@ -58,16 +58,20 @@ TEST(ArgParse, MistakesAreReported) {
         EXPECT_NE(help.find(part), std::string::npos) << part;
 }
 
-TEST(ArgParse, NumbersAreCheckedForFormAndRange) {
+TEST(ArgParse, NumbersAndSampleFormatsAreChecked) {
     EXPECT_EQ(parseIntArg("512", "--block", 1, 8192), 512);
     for (const char* bad : {"0", "12x", "", "99999999999999999999"})
         EXPECT_THROW(parseIntArg(bad, "--block", 1, 8192), ArgError) << bad;
     EXPECT_DOUBLE_EQ(parseDoubleArg("2.5", "--tail", 0, 10), 2.5);
     for (const char* bad : {"-1", "nan", "1s"})
         EXPECT_THROW(parseDoubleArg(bad, "--tail", 0, 10), ArgError) << bad;
+    EXPECT_EQ(parseSampleFormat("float"), SampleFormat::Float32);
+    EXPECT_EQ(parseSampleFormat("pcm16"), SampleFormat::Pcm16);
+    EXPECT_EQ(parseSampleFormat("24"), SampleFormat::Pcm24);
+    EXPECT_THROW(parseSampleFormat("mp3"), std::invalid_argument);
 }
 
-TEST(PluginSetupArgs, DefaultsAndGivenValues) {
+TEST(PluginSetupArgs, DefaultsGivenValuesAndHostTempoAnswers) {
     ArgParser parser;
     addPluginOptions(parser);
     const PluginSetup defaults = pluginSetupFrom(parser.parse({}));
@@ -93,12 +97,8 @@ TEST(PluginSetupArgs, DefaultsAndGivenValues) {
     // A malformed assignment is caught before any plug-in is loaded.
     EXPECT_THROW(pluginSetupFrom(parser.parse({"-p", "Balance=50"})), ParamError);
     EXPECT_THROW(pluginSetupFrom(parser.parse({"-p", "=0.5"})), ParamError);
-}
 
-TEST(PluginSetupArgs, HostTempoAnswers) {
-    ArgParser parser;
-    addPluginOptions(parser);
-    const PluginSetup defaults = pluginSetupFrom(parser.parse({}));
+    // How the host answers tempo questions.
     EXPECT_EQ(defaults.tempoAtScale, 10000);
     EXPECT_TRUE(defaults.timeInfo);
 
@@ -166,11 +166,4 @@ TEST(ParamAssignmentText, DisplayNumbersAndUnits) {
         {"Hz", "kHz", 0.001}, {"ms", "Hz", 0.0},    {"dB", "%", 0.0}};
     for (const auto& [from, to, factor] : factors)
         EXPECT_DOUBLE_EQ(unitFactor(from, to), factor) << from << " -> " << to;
-}
-
-TEST(SampleFormats, NamesAreRecognised) {
-    EXPECT_EQ(parseSampleFormat("float"), SampleFormat::Float32);
-    EXPECT_EQ(parseSampleFormat("pcm16"), SampleFormat::Pcm16);
-    EXPECT_EQ(parseSampleFormat("24"), SampleFormat::Pcm24);
-    EXPECT_THROW(parseSampleFormat("mp3"), std::invalid_argument);
 }

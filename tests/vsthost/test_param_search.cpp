@@ -70,6 +70,11 @@ TEST(ParamSearch, DisplayValuesLandOnTheExactNormalisedValue) {
     ModelParams m = delayModel();  // each search starts where the last one left the parameter
     for (const auto& [text, normalised] : cases)
         EXPECT_EQ(setTo(m, text), normalised) << text;
+    // What was applied is reported with the display and its label.
+    const AppliedParam p = applyParamAssignment(m, parseParamAssignment("Time=250ms"));
+    EXPECT_EQ(p.index, 0);
+    EXPECT_EQ(p.name, "Time");
+    EXPECT_EQ(p.display, "250.0 ms");
 }
 
 TEST(ParamSearch, OtherScalesShowWhatWasAsked) {
@@ -109,12 +114,4 @@ TEST(ParamSearch, ImpossibleRequestsSayWhy) {
     };
     for (const auto& [text, says] : cases)
         EXPECT_NE(message(text).find(says), std::string::npos) << message(text);
-}
-
-TEST(ParamSearch, AppliedValueReportsDisplayWithLabel) {
-    ModelParams m = delayModel();
-    const AppliedParam p = applyParamAssignment(m, parseParamAssignment("Time=250ms"));
-    EXPECT_EQ(p.index, 0);
-    EXPECT_EQ(p.name, "Time");
-    EXPECT_EQ(p.display, "250.0 ms");
 }
