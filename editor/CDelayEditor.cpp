@@ -1,7 +1,11 @@
 #include "editor/CDelayEditor.h"
 
+#include <cmath>
+
 #include "editor/CUIWindow.h"
 #include "toolkit/KeyCodes.h"
+#include "host/AudioEffectX.h"
+#include "toolkit/UIConnection.h"
 
 CVaTapDelay theApp;
 
@@ -23,6 +27,47 @@ CDelayEditor::CDelayEditor(AudioEffect* effect) : AEffEditor(effect) {
     rect.right = static_cast<VstInt16>(background.Width());
 }
 
+bool CDelayEditor::SetScale(float factor) {
+    const float size = NearestEditorScale(factor);
+    if (!size) return false;
+    sources.host = size;
+    ApplyScale();
+    return true;
+}
+
+void CDelayEditor::ChooseScale(float choice) {
+    sources.user = NearestEditorScale(choice);
+    SaveEditorScaleChoice(static_cast<ATapDelay*>(effect)->GetPreferencesFolder(), sources.user);
+    if (!sources.user && !sources.host) sources.desktop = NearestEditorScale(AfxDesktopScale());
+    const float before = scale;
+    ApplyScale();
+    if (scale != before)
+        static_cast<AudioEffectX*>(effect)->sizeWindow(rect.right - rect.left, rect.bottom - rect.top);
+}
+
+void CDelayEditor::ReadScaleSources() {
+    sources.user = LoadEditorScaleChoice(static_cast<ATapDelay*>(effect)->GetPreferencesFolder());
+    if (!sources.host && !sources.user) {
+        UIConnection* connection = parentFrame.GetConnection();
+        sources.desktop = NearestEditorScale(connection ? connection->DesktopScale() : AfxDesktopScale());
+    }
+    sourcesRead = true;
+    ApplyScale();
+}
+
+// Pictures drawn for the new scale replace the old ones in place, so the
+// controls keep their pointers; the window keeps its logical layout.
+void CDelayEditor::ApplyScale() {
+    const float chosen = sources.Choose();
+    if (chosen != scale) {
+        scale = chosen;
+        background.LoadResourceBitmap(MAKEINTRESOURCE(3005), scale);
+        if (window) window->SetScale(scale);
+    }
+    rect.bottom = static_cast<VstInt16>(std::lround(background.Height() * scale));
+    rect.right = static_cast<VstInt16>(std::lround(background.Width() * scale));
+}
+
 // The effect deletes its editor from its base destructor, when it is no
 // longer an ATapDelay: nothing here may reach back into it.
 CDelayEditor::~CDelayEditor() {
@@ -30,6 +75,7 @@ CDelayEditor::~CDelayEditor() {
 }
 
 bool CDelayEditor::getRect(ERect** out) {
+    if (!sourcesRead) ReadScaleSources();
     *out = &rect;
     return true;
 }
@@ -39,8 +85,12 @@ bool CDelayEditor::open(void* parent) {
     systemWindow = parent;
     // Changes recorded while closed are already in the controls' start values.
     changes.Clear();
-    window = new CUIWindow();
     parentFrame.SetNativeHandle(reinterpret_cast<NativeWindow>(parent));
+    // The desktop may have changed since the last editor: ask again, and
+    // give the connection the scale before the window is made on it.
+    ReadScaleSources();
+    parentFrame.SetDeviceScale(scale);
+    window = new CUIWindow();
     if (!window->MakeWindow(&parentFrame, &background, this)) {
         // No display to show it on, or the host's window is already gone:
         // say so rather than keep a window that does not exist.

@@ -6,6 +6,7 @@
 
 #include "editor/CVMQBitmap.h"
 #include "editor/ChangeRecord.h"
+#include "editor/EditorScale.h"
 #include "effect/ATapDelay.h"
 #include "host/AEffEditor.h"
 #include "toolkit/CWinApp.h"
@@ -41,8 +42,27 @@ public:
 
     CUIWindow* GetWindow() const { return window; }
 
+    // The editor's size: 1, 1.5 or 2 times its 800 x 360 layout. SetScale is
+    // the host's word (a VST host's vendor call, an LV2 host's scale
+    // factor), which overrides the user's choice and the desktop's; false
+    // for a factor that says nothing. The rectangle follows at once.
+    bool SetScale(float factor) override;
+    float GetScale() const { return scale; }
+    // The "Size" menu: 1, 1.5, 2, or 0 to follow the desktop. Saved for
+    // every later editor; the host is asked to resize its window.
+    void ChooseScale(float choice);
+    float GetScaleChoice() const { return sources.user; }
+
 private:
     void ShowRecordedChanges();
+    // Asks what the user saved and, unless the host or the user decided,
+    // what the desktop says; then applies.
+    void ReadScaleSources();
+    void ApplyScale();
+
+    EditorScaleSources sources;
+    bool sourcesRead = false;
+    float scale = 0.0f;  // 0 until the pictures are loaded for a scale
 
     ERect rect{};
     CVMQBitmap background;

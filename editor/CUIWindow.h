@@ -69,6 +69,11 @@ public:
     void HideEdit();
     void idle();
 
+    // Draws at scale device pixels per logical one from now on: the
+    // connection's windows are resized and the pictures drawn for that scale
+    // are loaded in place. The layout stays logical.
+    void SetScale(float scale);
+
     // Keys a host forwards through effEditKeyDown: delivered to the entry
     // field while it is open. False when the editor has no use for the key.
     bool ForwardKey(unsigned keyCode, unsigned character);
@@ -91,6 +96,9 @@ public:
     LRESULT OnInputValReturn(WPARAM wParam, LPARAM lParam);
     void OnSelSyncNote(UINT id);
     void OnSelCopyPg(UINT id);
+    // A right click opens the "Size" menu; choosing an entry resizes.
+    void OnRButtonDown(UINT flags, CPoint point);
+    void OnSelSize(UINT id);
 
     DECLARE_MESSAGE_MAP()
 

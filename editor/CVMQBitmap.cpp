@@ -4,9 +4,9 @@
 
 #include "toolkit/ResourceFolder.h"
 
-BOOL CVMQBitmap::LoadResourceBitmap(LPCTSTR id) {
+BOOL CVMQBitmap::LoadResourceBitmap(LPCTSTR id, double scale) {
     const unsigned number = static_cast<unsigned>(reinterpret_cast<uintptr_t>(id) & 0xFFFF);
-    return LoadBitmap(number);
+    return LoadBitmap(number, scale);
 }
 
 CString getResourcePath(int id) {

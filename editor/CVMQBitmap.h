@@ -1,5 +1,7 @@
-// A picture of the plug-in's resources, named by number ("3005.png").
-// Controls draw from these but never own them: the editor window does.
+// A picture of the plug-in's resources, named by number ("3005.png", and
+// "3005@1.5x.png", "3005@2x.png" drawn for larger editors). Controls draw
+// from these but never own them: the editor window does. Sizes are logical
+// pixels at every scale.
 #pragma once
 
 #include "toolkit/CString.h"
@@ -9,7 +11,7 @@ class CVMQBitmap : public CBitmap {
 public:
     // id as MAKEINTRESOURCE(number): the low 16 bits count. False (and
     // empty, drawing nothing) when the picture is missing.
-    BOOL LoadResourceBitmap(LPCTSTR id);
+    BOOL LoadResourceBitmap(LPCTSTR id, double scale = 1.0);
     unsigned Width() const { return static_cast<unsigned>(CBitmap::Width()); }
     unsigned Height() const { return static_cast<unsigned>(CBitmap::Height()); }
 };

@@ -17,6 +17,14 @@ const CRect kSaveRect(270, 10, 313, 26);
 const CRect kCopyRect(64, 10, 79, 27);
 constexpr int kSyncNoteMenuId = 1000;
 constexpr int kCopyMenuId = 1010;
+constexpr int kSizeMenuId = 1200;  // 100 %, 150 %, 200 %, follow the desktop
+
+struct SizeEntry {
+    float choice;
+    const char* text;
+};
+constexpr SizeEntry kSizeEntries[] = {
+    {1.0f, "100 %"}, {1.5f, "150 %"}, {2.0f, "200 %"}, {0.0f, "Follow the desktop"}};
 
 }  // namespace
 
@@ -32,6 +40,8 @@ BEGIN_MESSAGE_MAP(CUIWindow, CWnd)
     ON_MESSAGE(WM_ENTRY_RETURN, OnInputValReturn)
     ON_COMMAND_RANGE(1000, 1003, OnSelSyncNote)
     ON_COMMAND_RANGE(1010, 1110, OnSelCopyPg)
+    ON_WM_RBUTTONDOWN()
+    ON_COMMAND_RANGE(1200, 1203, OnSelSize)
 END_MESSAGE_MAP()
 
 // --- control callback ---------------------------------------------------------------
@@ -363,4 +373,24 @@ void CUIWindow::OpenSaveDialog() {
 bool CUIWindow::ForwardKey(unsigned keyCode, unsigned character) {
     if (!m_entry.IsWindowVisible()) return false;
     return m_entry.DeliverKey(keyCode, character);
+}
+
+// --- size menu ----------------------------------------------------------------------
+
+void CUIWindow::OnRButtonDown(UINT, CPoint point) {
+    HideEdit();
+    CMenu menu;
+    menu.CreatePopupMenu();
+    menu.AppendMenu(MF_STRING | MF_DISABLED | MF_GRAYED, 0, "Size");
+    menu.AppendMenu(MF_SEPARATOR, 0, nullptr);
+    const float choice = m_editor->GetScaleChoice();
+    for (int k = 0; k < 4; k++)
+        menu.AppendMenu(MF_STRING | (kSizeEntries[k].choice == choice ? MF_CHECKED : 0), kSizeMenuId + k,
+                        kSizeEntries[k].text);
+    menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
+}
+
+void CUIWindow::OnSelSize(UINT id) {
+    const int k = static_cast<int>(id) - kSizeMenuId;
+    if (k >= 0 && k < 4) m_editor->ChooseScale(kSizeEntries[k].choice);
 }

@@ -111,7 +111,15 @@ void CUIWindow::LoadBitmaps() {
         {&m_bmpCopyOff, 3012},  {&m_bmpCopyOn, 3011},    {&m_bmpSave, 5016},
         {&m_bmpModified, 5017},
     };
-    for (const Load& load : order) load.bitmap->LoadResourceBitmap(MAKEINTRESOURCE(load.id));
+    const double scale = GetDeviceScale();
+    for (const Load& load : order) load.bitmap->LoadResourceBitmap(MAKEINTRESOURCE(load.id), scale);
+}
+
+void CUIWindow::SetScale(float scale) {
+    if (!GetSafeHwnd()) return;
+    SetDeviceScale(scale);
+    LoadBitmaps();
+    Invalidate(TRUE);
 }
 
 void CUIWindow::SetTextRects() {

@@ -32,6 +32,8 @@ public:
     virtual bool onKeyUp(VstKeyCode& keyCode) { return false; }
     virtual bool onWheel(float distance) { return false; }
     virtual bool setKnobMode(VstInt32 mode) { return false; }
+    // The host's content scale factor (1 is 100 %); false when not taken.
+    virtual bool SetScale(float factor) { return false; }
 
 protected:
     AudioEffect* effect;

@@ -34,7 +34,7 @@ VstIntPtr AudioEffectX::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr va
         case effGetVendorString: if (ptr) getVendorString((char*)ptr); return 1;
         case effGetProductString: if (ptr) getProductString((char*)ptr); return 1;
         case effGetVendorVersion: return getVendorVersion();
-        case effVendorSpecific: vendorSpecific(index, value, ptr, opt); return 0;
+        case effVendorSpecific: return vendorSpecific(index, value, ptr, opt);
         case effCanDo: return ptr ? canDo((char*)ptr) : 0;
         case effGetTailSize: return getGetTailSize();
         case effIdle: fxIdle(); return 0;
@@ -134,6 +134,13 @@ bool AudioEffectX::getHostProductString(char* text) {
 
 VstInt32 AudioEffectX::getHostVendorVersion() {
     return (VstInt32)callHost(audioMasterGetVendorVersion);
+}
+
+VstIntPtr AudioEffectX::vendorSpecific(VstInt32 lArg, VstIntPtr lArg2, void*, float floatArg) {
+    constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+    constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+    if (lArg == kContentScale && lArg2 == kScaleFactor && editor) return editor->SetScale(floatArg) ? 1 : 0;
+    return 0;
 }
 
 VstIntPtr AudioEffectX::hostVendorSpecific(VstInt32 lArg1, VstIntPtr lArg2, void* ptrArg,

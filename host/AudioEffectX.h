@@ -74,10 +74,9 @@ public:
     virtual bool getVendorString(char* text) { return false; }
     virtual bool getProductString(char* text) { return false; }
     virtual VstInt32 getVendorVersion() { return 0; }
-    virtual VstIntPtr vendorSpecific(VstInt32 lArg, VstIntPtr lArg2, void* ptrArg,
-                                     float floatArg) {
-        return 0;
-    }
+    // Answers the content scale that hosts send as 'PreS' / 'AeCs' with the
+    // factor in floatArg by handing it to the editor (1 when taken).
+    virtual VstIntPtr vendorSpecific(VstInt32 lArg, VstIntPtr lArg2, void* ptrArg, float floatArg);
     virtual VstInt32 canDo(char* text) { return 0; }
     virtual VstInt32 getVstVersion() { return 2300; }
     virtual VstPlugCategory getPlugCategory() { return kPlugCategUnknown; }

@@ -1,11 +1,12 @@
-// The editor's pictures as built by tools/artwork: beside the plug-in at 1x,
-// and the 2x set in the build folder. The editor places its controls from
+// The editor's pictures as built by tools/artwork, beside the plug-in at 1x,
+// 1.5x and 2x. The editor places its controls from
 // the picture sizes and copies pixels without blending, so sizes, opacity,
 // the meter's rows and the knob frames are checked exactly.
 #include <gtest/gtest.h>
 
 #include <cairo.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -28,8 +29,8 @@ const Size kSizes[] = {
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-Surface Load(const std::string& folder, int id) {
-    const std::string path = folder + std::to_string(id) + ".png";
+Surface Load(const std::string& folder, int id, const char* suffix = "") {
+    const std::string path = folder + std::to_string(id) + suffix + ".png";
     return Surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy);
 }
 
@@ -49,23 +50,26 @@ bool SameRect(cairo_surface_t* a, int ax, int ay, cairo_surface_t* b, int bx, in
     return true;
 }
 
-TEST(Artwork, EveryPictureHasItsSizeAtOneAndTwoTimesAndIsOpaque) {
-    for (const Size& size : kSizes) {
-        SCOPED_TRACE(size.id);
-        Surface one = Load1x(size.id);
-        Surface two = Load(std::string(TAPDELAY_BINARY_DIR) + "artwork-2x/", size.id);
-        ASSERT_EQ(cairo_surface_status(one.get()), CAIRO_STATUS_SUCCESS);
-        ASSERT_EQ(cairo_surface_status(two.get()), CAIRO_STATUS_SUCCESS);
-        EXPECT_EQ(cairo_image_surface_get_width(one.get()), size.width);
-        EXPECT_EQ(cairo_image_surface_get_height(one.get()), size.height);
-        EXPECT_EQ(cairo_image_surface_get_width(two.get()), 2 * size.width);
-        EXPECT_EQ(cairo_image_surface_get_height(two.get()), 2 * size.height);
-        // The editor copies raw pixels, so a transparent pixel would show as a hole.
-        int transparent = 0;
-        for (int y = 0; y < size.height; y++)
-            for (int x = 0; x < size.width; x++) transparent += (Pixel(one.get(), x, y) >> 24) != 0xFF;
-        EXPECT_EQ(transparent, 0);
-    }
+TEST(Artwork, EveryPictureHasItsSizeAtEachScaleAndIsOpaque) {
+    const struct {
+        const char* suffix;
+        double scale;
+    } kScales[] = {{"", 1.0}, {"@1.5x", 1.5}, {"@2x", 2.0}};
+    for (const auto& scale : kScales)
+        for (const Size& size : kSizes) {
+            SCOPED_TRACE(std::to_string(size.id) + scale.suffix);
+            Surface picture = Load(TAPDELAY_PLUGIN_DIR, size.id, scale.suffix);
+            ASSERT_EQ(cairo_surface_status(picture.get()), CAIRO_STATUS_SUCCESS);
+            const int width = static_cast<int>(std::lround(size.width * scale.scale));
+            const int height = static_cast<int>(std::lround(size.height * scale.scale));
+            EXPECT_EQ(cairo_image_surface_get_width(picture.get()), width);
+            EXPECT_EQ(cairo_image_surface_get_height(picture.get()), height);
+            // The editor copies raw pixels, so a transparent pixel would show as a hole.
+            int transparent = 0;
+            for (int y = 0; y < height; y++)
+                for (int x = 0; x < width; x++) transparent += (Pixel(picture.get(), x, y) >> 24) != 0xFF;
+            EXPECT_EQ(transparent, 0);
+        }
 }
 
 // The editor shows the unlit half, then the lit half from row 19 - 3 x dB

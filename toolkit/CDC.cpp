@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "toolkit/CWnd.h"
+#include "toolkit/DeviceScale.h"
 #include "toolkit/Gdi.h"
 #include "toolkit/WindowTree.h"
 
@@ -103,15 +104,16 @@ BOOL CDC::CreateDC(LPCTSTR driver, LPCTSTR, LPCTSTR, const void*) {
     return TRUE;
 }
 
-BOOL CDC::CreateCompatibleDC(CDC*) {
+BOOL CDC::CreateCompatibleDC(CDC* dc) {
     m_measureOnly = false;
     m_target = nullptr;
+    m_scale = dc ? dc->m_scale : 1.0;
     return TRUE;
 }
 
 BOOL CDC::CreateBitmapDC(int width, int height) {
     auto* bitmap = new CBitmap;
-    if (!bitmap->CreateBitmap(width, height)) {
+    if (!bitmap->CreateBitmap(width, height, m_scale)) {
         delete bitmap;
         return FALSE;
     }
@@ -140,7 +142,8 @@ CBitmap* CDC::SelectObject(CBitmap* bitmap) {
     m_bitmap = bitmap;
     if (!m_target) {
         m_origin = CPoint(0, 0);
-        m_clip = bitmap ? CRect(0, 0, bitmap->Width(), bitmap->Height()) : CRect();
+        m_clip = bitmap ? SurfaceBounds(bitmap->GetSurface()) : CRect();
+        if (bitmap) m_scale = bitmap->GetScale();
     }
     return previous;
 }
@@ -151,11 +154,18 @@ CFont* CDC::SelectObject(CFont* font) {
     return previous;
 }
 
-void CDC::AttachTarget(cairo_surface_t* target, CPoint origin, const CRect& clip) {
+void CDC::AttachTarget(cairo_surface_t* target, CPoint origin, const CRect& clip, double scale) {
     m_target = target;
     m_origin = origin;
-    m_clip = rect::Intersect(clip, SurfaceBounds(target));
+    m_scale = scale;
+    m_clip = rect::Intersect(device::ToDevice(clip, scale), SurfaceBounds(target));
     m_measureOnly = false;
+}
+
+void CDC::NarrowClip(const CRect& deviceClip) { m_clip = rect::Intersect(m_clip, deviceClip); }
+
+CRect CDC::ToDevice(const CRect& logical) const {
+    return device::ToDevice(rect::Offset(logical, m_origin), m_scale);
 }
 
 cairo_surface_t* CDC::GetTargetSurface() const {
@@ -184,13 +194,21 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
     if (!Has32BitPixels(image) || sw <= 0 || sh <= 0) return FALSE;
     if (rop != SRCCOPY && rop != SRCINVERT && rop != SRCAND && rop != SRCPAINT) return FALSE;
 
-    const CPoint srcOrigin = source->GetOrigin();
     const CRect srcBounds = rect::Intersect(SurfaceBounds(image), source->m_target ? source->m_clip
                                                                                  : SurfaceBounds(image));
-    // Destination pixels that may change, in target coordinates.
-    const CRect dest(x + m_origin.x, y + m_origin.y, x + m_origin.x + w, y + m_origin.y + h);
+    // Destination pixels that may change, in target coordinates, and the
+    // source's device pixels they come from: the same count when the scales
+    // agree and nothing stretches, so that rounding never resamples.
+    const CRect dest = ToDevice(CRect(x, y, x + w, y + h));
+    CRect from = source->ToDevice(CRect(sx, sy, sx + sw, sy + sh));
+    if (sw == w && sh == h && source->m_scale == m_scale) {
+        from.right = from.left + dest.Width();
+        from.bottom = from.top + dest.Height();
+    }
     const CRect area = rect::Intersect(rect::Intersect(dest, m_clip), SurfaceBounds(target));
-    if (area.IsRectEmpty()) return TRUE;
+    if (area.IsRectEmpty() || dest.IsRectEmpty() || from.IsRectEmpty()) return TRUE;
+    const int dw = dest.Width(), dh = dest.Height();
+    const int fw = from.Width(), fh = from.Height();
 
     cairo_surface_flush(target);
     cairo_surface_flush(image);
@@ -202,14 +220,14 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
     std::vector<int> columns(static_cast<size_t>(area.Width()));
     for (int tx = area.left; tx < area.right; ++tx) {
         const int64_t i = tx - dest.left;
-        const int64_t column = sx + srcOrigin.x + (sw == w ? i : (2 * i + 1) * sw / (2 * int64_t(w)));
+        const int64_t column = from.left + (fw == dw ? i : (2 * i + 1) * fw / (2 * int64_t(dw)));
         columns[static_cast<size_t>(tx - area.left)] =
             column >= srcBounds.left && column < srcBounds.right ? static_cast<int>(column) : -1;
     }
     // Unscaled copies, most of what an editor paints, take whole runs of
     // pixels at a time: the source columns are consecutive.
     int runStart = area.right, runEnd = area.left;
-    if (sw == w && rop == SRCCOPY) {
+    if (fw == dw && rop == SRCCOPY) {
         for (int tx = area.left; tx < area.right; ++tx)
             if (columns[static_cast<size_t>(tx - area.left)] >= 0) {
                 runStart = std::min(runStart, tx);
@@ -221,7 +239,7 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
     std::vector<uint32_t> rowCopy;
     for (int ty = area.top; ty < area.bottom; ++ty) {
         const int64_t j = ty - dest.top;
-        const int64_t row = sy + srcOrigin.y + (sh == h ? j : (2 * j + 1) * sh / (2 * int64_t(h)));
+        const int64_t row = from.top + (fh == dh ? j : (2 * j + 1) * fh / (2 * int64_t(dh)));
         if (row < srcBounds.top || row >= srcBounds.bottom) continue;
         const uint32_t* sourceRow = PixelAt(image, 0, static_cast<int>(row));
         if (image == target) {
@@ -246,7 +264,7 @@ BOOL CDC::StretchBlt(int x, int y, int w, int h, CDC* source, int sx, int sy, in
         }
     }
     cairo_surface_mark_dirty_rectangle(target, area.left, area.top, area.Width(), area.Height());
-    Touched(rect::Offset(area, CPoint(-m_origin.x, -m_origin.y)));
+    Touched(area);
     return TRUE;
 }
 
@@ -257,7 +275,7 @@ void CDC::FillSolidRect(const RECT* r, COLORREF color) {
 void CDC::FillSolidRect(int x, int y, int w, int h, COLORREF color) {
     cairo_surface_t* target = GetTargetSurface();
     if (!Has32BitPixels(target) || w <= 0 || h <= 0) return;
-    const CRect dest(x + m_origin.x, y + m_origin.y, x + m_origin.x + w, y + m_origin.y + h);
+    const CRect dest = ToDevice(CRect(x, y, x + w, y + h));
     const CRect area = rect::Intersect(rect::Intersect(dest, m_clip), SurfaceBounds(target));
     if (area.IsRectEmpty()) return;
     cairo_surface_flush(target);
@@ -267,7 +285,7 @@ void CDC::FillSolidRect(int x, int y, int w, int h, COLORREF color) {
         std::fill(row + area.left, row + area.right, pixel);
     }
     cairo_surface_mark_dirty_rectangle(target, area.left, area.top, area.Width(), area.Height());
-    Touched(rect::Offset(area, CPoint(-m_origin.x, -m_origin.y)));
+    Touched(area);
 }
 
 COLORREF CDC::SetTextColor(COLORREF color) {
@@ -307,12 +325,14 @@ BOOL CDC::ExtTextOut(int x, int y, UINT options, const RECT* r, const char* text
 
     CFont* font = m_font && m_font->GetFace() ? m_font : &DefaultFont();
     CRect clip = m_clip;
-    if ((options & ETO_CLIPPED) && r) clip = rect::Intersect(clip, rect::Offset(CRect(*r), m_origin));
+    if ((options & ETO_CLIPPED) && r) clip = rect::Intersect(clip, ToDevice(CRect(*r)));
     if (clip.IsRectEmpty()) return TRUE;
 
     cairo_t* cr = cairo_create(target);
     cairo_rectangle(cr, clip.left, clip.top, clip.Width(), clip.Height());
     cairo_clip(cr);
+    // Glyphs rasterised at the device size, placed in logical units.
+    cairo_scale(cr, m_scale, m_scale);
     cairo_translate(cr, m_origin.x, m_origin.y);
     cairo_set_font_face(cr, font->GetFace());
     cairo_set_font_size(cr, font->GetPointSize());
@@ -348,9 +368,8 @@ BOOL CDC::ExtTextOut(int x, int y, UINT options, const RECT* r, const char* text
     }
     cairo_destroy(cr);
     cairo_surface_flush(target);
-    const CRect touched =
-        rect::Intersect(rect::Offset(inked, m_origin), clip);
-    if (!touched.IsRectEmpty()) Touched(rect::Offset(touched, CPoint(-m_origin.x, -m_origin.y)));
+    const CRect touched = rect::Intersect(ToDevice(inked), clip);
+    if (!touched.IsRectEmpty()) Touched(touched);
     return TRUE;
 }
 
@@ -380,22 +399,20 @@ CClientDC::CClientDC(CWnd* window) : m_window(window) {
     CWnd* root = WindowTree::RootOf(window);
     RootData* data = WindowTree::Root(root);
     if (!data || !data->buffer) return;
-    AttachTarget(data->buffer, WindowTree::OffsetInRoot(window), WindowTree::VisibleRectInRoot(window));
+    AttachTarget(data->buffer, WindowTree::OffsetInRoot(window), WindowTree::VisibleRectInRoot(window),
+                 WindowTree::Scale(root));
 }
 
 CClientDC::~CClientDC() {
     if (!m_touched.IsEmpty()) WindowTree::WindowDrawn(m_hwnd, m_touched);
 }
 
-void CClientDC::Touched(const CRect& area) {
-    m_touched.Add(rect::Offset(area, GetOrigin()));
-}
+void CClientDC::Touched(const CRect& area) { m_touched.Add(area); }
 
 CPaintDC::CPaintDC(CWnd* window) : CClientDC(window) {
     if (!GetTargetSurface() || !window) return;
     const CRect update = window->GetUpdateRect();
-    if (!update.IsRectEmpty())
-        AttachTarget(GetTargetSurface(), GetOrigin(), rect::Intersect(GetClip(), rect::Offset(update, GetOrigin())));
+    if (!update.IsRectEmpty()) NarrowClip(ToDevice(update));
 }
 
 CPaintDC::~CPaintDC() = default;

@@ -2,6 +2,13 @@
 // root's back buffer (offset to the window, clipped to it); a memory DC draws
 // into or copies from the bitmap selected into it. Raster operations work on
 // the 32-bit pixels exactly as Win32's do.
+//
+// Every coordinate a DC takes is logical. A DC has a scale, its image's
+// device pixels per logical pixel: a window DC takes its connection's, a
+// memory DC the selected bitmap's (CreateBitmapDC: the one it was made
+// compatible with). Blits map logical areas onto device pixels of both
+// images, copying pixel for pixel when the scales agree; text is drawn by
+// cairo at the device size.
 #pragma once
 
 #include "toolkit/CObject.h"
@@ -26,9 +33,11 @@ public:
     // A DC for measuring text ("DISPLAY"); drawing into it does nothing.
     BOOL CreateDC(LPCTSTR driver, LPCTSTR device = nullptr, LPCTSTR output = nullptr,
                   const void* initData = nullptr);
-    // A memory DC; select a bitmap into it to draw from or into it.
+    // A memory DC at dc's scale; select a bitmap into it to draw from or
+    // into it.
     BOOL CreateCompatibleDC(CDC* dc);
-    // Gives this memory DC a new blank bitmap of its own, width x height.
+    // Gives this memory DC a new blank bitmap of its own, width x height
+    // logical pixels at the DC's scale.
     BOOL CreateBitmapDC(int width, int height);
     BOOL DeleteDC();
 
@@ -65,19 +74,26 @@ public:
     void InitDrawing() {}
     void ExitDrawing() {}
 
-    // Origin of drawing coordinates in the target image, and the clip
-    // (target coordinates) that bounds every drawing call.
+    // Origin of drawing coordinates in the target image (logical), the clip
+    // (the target's device pixels) that bounds every drawing call, and the
+    // scale between the two.
     CPoint GetOrigin() const { return m_origin; }
     CRect GetClip() const { return m_clip; }
+    double GetScale() const { return m_scale; }
+    // The target's device pixels that a rectangle of this DC's covers.
+    CRect ToDevice(const CRect& logical) const;
     // The image this DC draws into (null for a measuring DC without one).
     cairo_surface_t* GetTargetSurface() const;
     CBitmap* GetSelectedBitmap() const { return m_bitmap; }
     CFont* GetSelectedFont() const { return m_font; }
 
 protected:
-    // Window DCs: draw into target at origin, within clip (target coordinates).
-    void AttachTarget(cairo_surface_t* target, CPoint origin, const CRect& clip);
-    // Adds area (DC coordinates) to what the window must present.
+    // Window DCs: draw into target at origin, within clip (both logical
+    // target coordinates), scale device pixels per logical one.
+    void AttachTarget(cairo_surface_t* target, CPoint origin, const CRect& clip, double scale);
+    // Narrows the clip to deviceClip (target device pixels).
+    void NarrowClip(const CRect& deviceClip);
+    // Adds area (target device pixels) to what the window must present.
     virtual void Touched(const CRect& area) {}
 
 private:
@@ -87,6 +103,7 @@ private:
     CFont* m_font = nullptr;
     CPoint m_origin;
     CRect m_clip;
+    double m_scale = 1.0;
     COLORREF m_textColor = 0;
     COLORREF m_bkColor = RGB(255, 255, 255);
     int m_bkMode = OPAQUE;

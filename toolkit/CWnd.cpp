@@ -7,6 +7,7 @@
 #include <cstring>
 #include <unordered_map>
 
+#include "toolkit/DeviceScale.h"
 #include "toolkit/MessageQueue.h"
 #include "toolkit/UIConnection.h"
 #include "toolkit/WindowClasses.h"
@@ -119,16 +120,17 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
             if (parent) parent->m_owned.push_back(this);
         }
         NativeDisplay* display = connection && connection->IsOpen() ? connection->Display() : nullptr;
+        const CRect deviceRect = device::ToDevice(m_rect, connection ? connection->Scale() : 1.0);
         if (display && inForeign && !parentRoot->nativeDead && parentRoot->native) {
             root->kind = RootKind::NativeChild;
-            root->native = display->CreateChildWindow(parentRoot->native, m_rect);
+            root->native = display->CreateChildWindow(parentRoot->native, deviceRect);
         } else if (display && popup && (style & WS_CAPTION)) {
             root->kind = RootKind::TopLevel;
             NativeWindow transientFor = parent ? WindowTree::LiveNative(parent) : 0;
-            root->native = display->CreateTopLevelWindow(m_rect, m_text, transientFor, parent != nullptr);
+            root->native = display->CreateTopLevelWindow(deviceRect, m_text, transientFor, parent != nullptr);
         } else if (display && popup) {
             root->kind = RootKind::Popup;
-            root->native = display->CreatePopupWindow(m_rect);
+            root->native = display->CreatePopupWindow(deviceRect);
         }
         if (root->native) {
             root->connection = connection;
@@ -319,4 +321,19 @@ UIConnection* CWnd::GetConnection() const {
 NativeWindow CWnd::GetNativeWindow() const {
     RootData* root = WindowTree::Root(WindowTree::RootOf(this));
     return root && !root->nativeDead ? root->native : 0;
+}
+
+double CWnd::GetDeviceScale() const {
+    UIConnection* connection = GetConnection();
+    return connection ? connection->Scale() : 1.0;
+}
+
+void CWnd::SetDeviceScale(double scale) {
+    if (UIConnection* connection = GetConnection()) connection->SetScale(scale);
+}
+
+double AfxDesktopScale() {
+    if (UIConnection* connection = UIConnection::Current()) return connection->DesktopScale();
+    UIConnection probe(AfxOpenNativeDisplay());
+    return probe.DesktopScale();
 }

@@ -124,6 +124,13 @@ public:
     UIConnection* GetConnection() const;
     NativeWindow GetNativeWindow() const;
 
+    // Device pixels per logical pixel of the window's connection: every
+    // root on it (the editor, its menus and dialogs) draws at that scale
+    // while all coordinates stay logical. 1 without a connection. Setting it
+    // resizes the native windows and repaints them.
+    double GetDeviceScale() const;
+    void SetDeviceScale(double scale);
+
     // Message handlers; each runs Default() unless a class says more.
     int OnCreate(LPCREATESTRUCT cs);
     void OnDestroy();
@@ -189,6 +196,10 @@ BOOL AfxRegisterClass(const WNDCLASS* wndClass);
 HCURSOR LoadCursor(HINSTANCE instance, LPCTSTR cursorName);
 HGDIOBJ GetStockObject(int index);
 BOOL ReleaseCapture();
+
+// The factor the desktop asks for (see UIConnection::DesktopScale), read
+// from the display now; 0 when it says nothing or there is no display.
+double AfxDesktopScale();
 
 // Pumps every open connection once: native events, posted messages, due
 // timers, then paints what is invalid. The editor calls it from effEditIdle.

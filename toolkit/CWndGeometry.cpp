@@ -1,5 +1,6 @@
 // CWnd visibility, placement, coordinates and invalidation.
 #include "toolkit/CWnd.h"
+#include "toolkit/DeviceScale.h"
 #include "toolkit/UIConnection.h"
 #include "toolkit/WindowTree.h"
 
@@ -103,7 +104,7 @@ BOOL CWnd::SetWindowPos(const CWnd* insertAfter, int x, int y, int cx, int cy, U
     m_rect = newRect;
     if (m_root && (moved || resized)) {
         if (NativeWindow native = WindowTree::LiveNative(this))
-            m_root->connection->Display()->SetWindowRect(native, m_rect);
+            m_root->connection->Display()->SetWindowRect(native, device::ToDevice(m_rect, WindowTree::Scale(this)));
         if (resized) WindowTree::ResizeBuffer(this);
     } else if (redraw && (moved || resized || !(flags & SWP_NOZORDER))) {
         InvalidateCovered(this, true);
@@ -142,7 +143,10 @@ void CWnd::ClientToScreen(LPPOINT point) const {
     const CPoint offset = WindowTree::OffsetInRoot(this);
     CPoint inRoot(point->x + offset.x, point->y + offset.y);
     if (NativeWindow native = WindowTree::LiveNative(root)) {
-        *point = root->m_root->connection->Display()->WindowToScreen(native, inRoot);
+        const double scale = WindowTree::Scale(root);
+        *point = device::ToLogical(root->m_root->connection->Display()->WindowToScreen(
+                                       native, device::ToDevice(inRoot, scale)),
+                                   scale);
     } else {
         const bool screenPlaced = root->m_root && root->m_root->kind != RootKind::NativeChild &&
                                   root->m_root->kind != RootKind::Foreign;

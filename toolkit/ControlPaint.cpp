@@ -39,13 +39,14 @@ int ListRowHeight(int pointSize) { return std::max(18, pointSize + 9); }
 
 int FieldHeight(int pointSize) { return std::max(22, pointSize + 13); }
 
-ControlPainter::ControlPainter(CDC& dc) {
+ControlPainter::ControlPainter(CDC& dc) : m_dc(dc) {
     cairo_surface_t* target = dc.GetTargetSurface();
     if (!target || cairo_surface_status(target) != CAIRO_STATUS_SUCCESS) return;
     m_cr = cairo_create(target);
     const CRect clip = dc.GetClip();
     cairo_rectangle(m_cr, clip.left, clip.top, clip.Width(), clip.Height());
     cairo_clip(m_cr);
+    cairo_scale(m_cr, dc.GetScale(), dc.GetScale());
     const CPoint origin = dc.GetOrigin();
     cairo_translate(m_cr, origin.x, origin.y);
     cairo_set_antialias(m_cr, CAIRO_ANTIALIAS_DEFAULT);
@@ -63,8 +64,12 @@ void ControlPainter::SetColor(COLORREF color) {
 void ControlPainter::Fill(const CRect& rect, COLORREF color) {
     if (!m_cr || rect.IsRectEmpty()) return;
     SetColor(color);
-    cairo_rectangle(m_cr, rect.left, rect.top, rect.Width(), rect.Height());
+    const CRect pixels = m_dc.ToDevice(rect);
+    cairo_save(m_cr);
+    cairo_identity_matrix(m_cr);
+    cairo_rectangle(m_cr, pixels.left, pixels.top, pixels.Width(), pixels.Height());
     cairo_fill(m_cr);
+    cairo_restore(m_cr);
 }
 
 void ControlPainter::Frame(const CRect& rect, COLORREF color, int width) {

@@ -56,7 +56,8 @@ int FieldHeight(int pointSize);
 enum class ArrowDirection { Up, Down, Left, Right };
 
 // Draws into a DC's image with cairo, in the DC's coordinates and within its
-// clip. Does nothing for a DC without an image.
+// clip, at its scale (filled rectangles snap to whole device pixels). Does
+// nothing for a DC without an image.
 class ControlPainter {
 public:
     explicit ControlPainter(CDC& dc);
@@ -77,6 +78,7 @@ public:
 
 private:
     void SetColor(COLORREF color);
+    CDC& m_dc;
     cairo_t* m_cr = nullptr;
 };
 

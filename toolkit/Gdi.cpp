@@ -3,9 +3,13 @@
 
 #include <cairo.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <string>
+
+#include "toolkit/DeviceScale.h"
 
 #include "toolkit/ResourceFolder.h"
 
@@ -39,6 +43,7 @@ void CBitmap::ReleaseHandle(void* handle) {
 
 BOOL CBitmap::LoadFromFile(const char* path) {
     DeleteObject();
+    m_scale = 1.0;
     if (!path || !*path) return FALSE;
     cairo_surface_t* image = cairo_image_surface_create_from_png(path);
     if (cairo_surface_status(image) != CAIRO_STATUS_SUCCESS) {
@@ -54,6 +59,24 @@ BOOL CBitmap::LoadBitmap(UINT id) {
     return LoadFromFile(path.c_str());
 }
 
+std::string ScaledResourceName(UINT id, double scale) {
+    if (scale == 1.0) return std::to_string(id) + ".png";
+    char factor[32];
+    std::snprintf(factor, sizeof factor, "%g", scale);
+    return std::to_string(id) + "@" + factor + "x.png";
+}
+
+BOOL CBitmap::LoadBitmap(UINT id, double scale) {
+    if (scale != 1.0) {
+        const std::string path = std::string(AfxGetResourceFolder()) + ScaledResourceName(id, scale);
+        if (LoadFromFile(path.c_str())) {
+            m_scale = scale;
+            return TRUE;
+        }
+    }
+    return LoadBitmap(id);
+}
+
 BOOL CBitmap::LoadBitmap(LPCTSTR resourceName) {
     const uintptr_t value = reinterpret_cast<uintptr_t>(resourceName);
     if (value < 0x10000) return LoadBitmap(static_cast<UINT>(value));
@@ -62,9 +85,13 @@ BOOL CBitmap::LoadBitmap(LPCTSTR resourceName) {
     return LoadFromFile((std::string(AfxGetResourceFolder()) + name).c_str());
 }
 
-BOOL CBitmap::CreateBitmap(int width, int height) {
+BOOL CBitmap::CreateBitmap(int logicalWidth, int logicalHeight, double scale) {
     DeleteObject();
-    if (width <= 0 || height <= 0 || width > 16384 || height > 16384) return FALSE;
+    if (logicalWidth <= 0 || logicalHeight <= 0 || !(scale > 0.0) || scale > 4.0) return FALSE;
+    const int width = device::ToDevice(logicalWidth, scale);
+    const int height = device::ToDevice(logicalHeight, scale);
+    if (width > 16384 || height > 16384) return FALSE;
+    m_scale = scale;
     cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
     if (cairo_surface_status(image) != CAIRO_STATUS_SUCCESS) {
         cairo_surface_destroy(image);
@@ -89,16 +116,21 @@ void CBitmap::AttachSurface(cairo_surface_t* surface) {
         cairo_surface_destroy(surface);
         surface = nullptr;
     }
+    m_scale = 1.0;
     if (surface)
         Attach(surface);
     else
         DeleteObject();
 }
 
-int CBitmap::Width() const {
+int CBitmap::DeviceWidth() const {
     return m_handle ? cairo_image_surface_get_width(GetSurface()) : 0;
 }
 
-int CBitmap::Height() const {
+int CBitmap::DeviceHeight() const {
     return m_handle ? cairo_image_surface_get_height(GetSurface()) : 0;
 }
+
+int CBitmap::Width() const { return static_cast<int>(std::lround(DeviceWidth() / m_scale)); }
+
+int CBitmap::Height() const { return static_cast<int>(std::lround(DeviceHeight() / m_scale)); }

@@ -41,22 +41,38 @@ public:
     // folder (AfxGetResourceFolder). False, and empty, when it is missing or
     // not a PNG.
     BOOL LoadBitmap(UINT id);
+    // The picture drawn for scale: "<id>@2x.png", "<id>@1.5x.png" (see
+    // ScaledResourceName), else "<id>.png" at scale 1.
+    BOOL LoadBitmap(UINT id, double scale);
     BOOL LoadBitmap(LPCTSTR resourceName);  // MAKEINTRESOURCE(id) or a name
     BOOL LoadFromFile(const char* path);
-    // A new blank (black) RGB24 bitmap, width x height (non-positive: empty).
-    BOOL CreateBitmap(int width, int height);
+    // A new blank (black) RGB24 bitmap of width x height logical pixels at
+    // scale (non-positive: empty).
+    BOOL CreateBitmap(int width, int height, double scale = 1.0);
     // Takes ownership of a cairo image surface (RGB24 or ARGB32).
     void AttachSurface(cairo_surface_t* surface);
 
     cairo_surface_t* GetSurface() const { return static_cast<cairo_surface_t*>(m_handle); }
-    // Size in pixels; 0 x 0 when empty. Rows are width x 4 bytes.
+    // Device pixels per logical pixel of the image (1 unless loaded or made
+    // for another scale).
+    double GetScale() const { return m_scale; }
+    void SetScale(double scale) { m_scale = scale > 0.0 ? scale : 1.0; }
+    // Size in logical pixels; 0 x 0 when empty. Rows are DeviceWidth() x 4 bytes.
     int Width() const;
     int Height() const;
+    int DeviceWidth() const;
+    int DeviceHeight() const;
     CSize GetBitmapDimension() const { return CSize(Width(), Height()); }
 
 protected:
     void ReleaseHandle(void* handle) override;
+
+private:
+    double m_scale = 1.0;
 };
+
+// "3005.png" at scale 1, "3005@1.5x.png", "3005@2x.png".
+std::string ScaledResourceName(UINT id, double scale);
 
 class CFont : public CGdiObject {
     DECLARE_DYNCREATE(CFont)

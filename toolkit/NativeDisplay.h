@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "toolkit/Geometry.h"
 
@@ -80,6 +81,9 @@ public:
     // Where the window's client point lies on the screen.
     virtual CPoint WindowToScreen(NativeWindow window, CPoint point) = 0;
     virtual CSize ScreenSize() = 0;
+    // The server's resource database as text ("Xft.dpi:\t192\n..."), where
+    // desktops say how large things should be drawn; empty when none.
+    virtual std::string ResourceDatabase() { return std::string(); }
 
     // Copies area (window coordinates) of image, an RGB24 or ARGB32 cairo
     // image surface whose (0, 0) is the window's (0, 0), onto the window.

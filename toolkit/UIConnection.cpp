@@ -5,6 +5,8 @@
 #include <mutex>
 
 #include "toolkit/CWnd.h"
+#include "toolkit/DesktopScale.h"
+#include "toolkit/DeviceScale.h"
 #include "toolkit/MessageQueue.h"
 #include "toolkit/WindowTree.h"
 
@@ -133,7 +135,30 @@ void UIConnection::Close() {
 bool UIConnection::IsOpen() const { return m_display && m_display->IsOpen(); }
 
 CSize UIConnection::ScreenSize() const {
-    return IsOpen() ? m_display->ScreenSize() : CSize(0, 0);
+    if (!IsOpen()) return CSize(0, 0);
+    const CSize screen = m_display->ScreenSize();
+    return CSize(static_cast<int>(screen.cx / m_scale), static_cast<int>(screen.cy / m_scale));
+}
+
+void UIConnection::SetScale(double scale) {
+    if (!(scale >= 0.5 && scale <= 4.0) || scale == m_scale) return;
+    m_scale = scale;
+    std::vector<HWND> roots;
+    for (CWnd* root : m_roots) roots.push_back(root->m_hWnd);
+    for (HWND handle : roots) {
+        CWnd* root = CWnd::FromHandle(handle);
+        RootData* data = WindowTree::Root(root);
+        if (!data || data->kind == RootKind::Foreign) continue;
+        if (NativeWindow native = WindowTree::LiveNative(root))
+            m_display->SetWindowRect(native, device::ToDevice(root->m_rect, m_scale));
+        WindowTree::ResizeBuffer(root);
+        WindowTree::InvalidateRoot(root, CRect(0, 0, root->m_rect.Width(), root->m_rect.Height()), true);
+    }
+}
+
+double UIConnection::DesktopScale() const {
+    return IsOpen() ? DesktopScaleOf(m_display->ResourceDatabase().c_str(), std::getenv("GDK_SCALE"))
+                    : 0.0;
 }
 
 void UIConnection::AddRoot(CWnd* root) { m_roots.push_back(root); }
@@ -190,8 +215,14 @@ void UIConnection::PaintAndPresent() {
     }
 }
 
-void UIConnection::DispatchEvent(const NativeEvent& event) {
+void UIConnection::DispatchEvent(const NativeEvent& deviceEvent) {
     MarkUsed();
+    // Pointer positions become logical; exposed areas stay device pixels.
+    NativeEvent event = deviceEvent;
+    event.x = device::ToLogical(event.x, m_scale);
+    event.y = device::ToLogical(event.y, m_scale);
+    event.rootX = device::ToLogical(event.rootX, m_scale);
+    event.rootY = device::ToLogical(event.rootY, m_scale);
     CWnd* root = RootFromNative(event.window);
     if (!root) return;
     RootData* data = WindowTree::Root(root);
@@ -201,8 +232,9 @@ void UIConnection::DispatchEvent(const NativeEvent& event) {
         break;
     case NativeEventType::Expose:
         // The back buffer still holds the pixels: present them again.
-        data->damage.Add(event.area.IsRectEmpty() ? CRect(0, 0, root->m_rect.Width(), root->m_rect.Height())
-                                                  : event.area);
+        data->damage.Add(event.area.IsRectEmpty()
+                             ? device::ToDevice(CRect(0, 0, root->m_rect.Width(), root->m_rect.Height()), m_scale)
+                             : event.area);
         break;
     case NativeEventType::CloseRequest:
         if (AcceptsInput(root)) root->SendMessage(WM_CLOSE);

@@ -44,7 +44,17 @@ public:
     bool IsOpen() const;
     // The native layer; null once closed.
     NativeDisplay* Display() const { return m_display.get(); }
+    // In logical pixels, as every coordinate the toolkit hands out.
     CSize ScreenSize() const;
+
+    // Device pixels per logical pixel for every root on this connection
+    // (1 by default). Changing it resizes their native windows and back
+    // buffers and repaints them; their logical geometry stays.
+    double Scale() const { return m_scale; }
+    void SetScale(double scale);
+    // What the desktop asks for: Xft.dpi of the display's resource database
+    // (96 dpi is 1), else GDK_SCALE; 0 when neither says.
+    double DesktopScale() const;
 
     // One turn: queued native events, posted messages, due timers, paint and
     // present.
@@ -105,6 +115,7 @@ private:
     int DrainNativeEvents(int timeoutMs);
 
     std::unique_ptr<NativeDisplay> m_display;
+    double m_scale = 1.0;
     std::vector<CWnd*> m_roots;
     std::vector<HWND> m_modalRoots;
     bool m_keyboardTaken = false;

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "toolkit/CDC.h"
+#include "toolkit/DeviceScale.h"
 #include "toolkit/UIConnection.h"
 
 namespace rect {
@@ -36,13 +37,21 @@ namespace {
 std::vector<CWnd*> windowlessRoots;
 int paintDepth = 0;
 
-CRect BufferBounds(const RootData* root) {
-    if (!root || !root->buffer) return CRect();
-    return CRect(0, 0, cairo_image_surface_get_width(root->buffer),
-                 cairo_image_surface_get_height(root->buffer));
+// The root's client area (logical) when it has a buffer to draw into.
+CRect BufferBounds(const CWnd* root) {
+    const RootData* data = WindowTree::Root(root);
+    if (!data || !data->buffer) return CRect();
+    RECT client;
+    root->GetClientRect(&client);
+    return CRect(client);
 }
 
 }  // namespace
+
+double WindowTree::Scale(const CWnd* root) {
+    const RootData* data = Root(root);
+    return data && data->connection ? data->connection->Scale() : 1.0;
+}
 
 CWnd* WindowTree::RootOf(const CWnd* window) {
     for (const CWnd* w = window; w; w = w->m_parent) {
@@ -63,7 +72,7 @@ CPoint WindowTree::OffsetInRoot(const CWnd* window) {
 CRect WindowTree::VisibleRectInRoot(const CWnd* window) {
     const CWnd* root = RootOf(window);
     if (!root) return CRect();
-    CRect area = BufferBounds(root->m_root);
+    CRect area = BufferBounds(root);
     for (const CWnd* w = window; w && w != root; w = w->m_parent) {
         CPoint offset = OffsetInRoot(w);
         area = rect::Intersect(area, CRect(offset, w->m_rect.Size()));
@@ -115,7 +124,7 @@ CWnd* WindowTree::HitTest(CWnd* root, CPoint& point) {
 void WindowTree::InvalidateRoot(CWnd* root, const CRect& area, bool erase) {
     RootData* data = Root(root);
     if (!data || !data->buffer) return;
-    CRect clipped = rect::Intersect(area, BufferBounds(data));
+    CRect clipped = rect::Intersect(area, BufferBounds(root));
     if (clipped.IsRectEmpty()) return;
     data->invalid = rect::Union(data->invalid, clipped);
     data->erase = data->erase || erase;
@@ -135,7 +144,7 @@ void WindowTree::PaintRoot(CWnd* root) {
     PaintWindow(root, area, erase, CPoint(0, 0));
     --paintDepth;
     if (CWnd::FromHandle(self) == root && root->m_root)
-        root->m_root->damage.Add(area);
+        root->m_root->damage.Add(device::ToDevice(area, Scale(root)));
 }
 
 void WindowTree::PaintWindow(CWnd* window, const CRect& area, bool erase, CPoint offset) {
@@ -193,8 +202,9 @@ void WindowTree::MarkNativeDead(CWnd* root) {
 void WindowTree::ResizeBuffer(CWnd* root) {
     RootData* data = Root(root);
     if (!data || data->kind == RootKind::Foreign) return;
-    const int width = std::max(1, std::min(root->m_rect.Width(), 16384));
-    const int height = std::max(1, std::min(root->m_rect.Height(), 16384));
+    const double scale = Scale(root);
+    const int width = std::max(1, std::min(device::ToDevice(root->m_rect.Width(), scale), 16384));
+    const int height = std::max(1, std::min(device::ToDevice(root->m_rect.Height(), scale), 16384));
     cairo_surface_t* old = data->buffer;
     if (old && cairo_image_surface_get_width(old) == width &&
         cairo_image_surface_get_height(old) == height)
@@ -210,7 +220,7 @@ void WindowTree::ResizeBuffer(CWnd* root) {
     }
     data->buffer = buffer;
     data->invalid = CRect();
-    InvalidateRoot(root, CRect(0, 0, width, height), true);
+    InvalidateRoot(root, CRect(0, 0, root->m_rect.Width(), root->m_rect.Height()), true);
 }
 
 void WindowTree::MakeForeignRoot(CWnd* frame, std::shared_ptr<UIConnection> connection,

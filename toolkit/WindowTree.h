@@ -25,10 +25,10 @@ struct RootData {
     std::shared_ptr<UIConnection> ownedConnection;  // a frame's own connection
     NativeWindow native = 0;
     bool nativeDead = false;           // destroyed by someone else: never touch it
-    cairo_surface_t* buffer = nullptr;  // RGB24, the root's client size
-    CRect invalid;                     // root coordinates
+    cairo_surface_t* buffer = nullptr;  // RGB24, the root's client size in device pixels
+    CRect invalid;                     // root coordinates (logical)
     bool erase = false;
-    DamageRegion damage;               // drawn but not yet presented
+    DamageRegion damage;               // drawn but not yet presented (device pixels)
     bool keyboardTaken = false;        // TakeKeyboardFocus done for this root
 };
 
@@ -48,6 +48,8 @@ public:
     static size_t LiveWindowCount();
 
     static RootData* Root(const CWnd* window) { return window ? window->m_root : nullptr; }
+    // Device pixels per logical pixel of the root's connection (1 without one).
+    static double Scale(const CWnd* root);
     static CWnd* RootOf(const CWnd* window);
     // Where window's client origin lies in its root's client coordinates.
     static CPoint OffsetInRoot(const CWnd* window);

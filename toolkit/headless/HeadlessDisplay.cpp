@@ -140,6 +140,12 @@ CSize HeadlessDisplay::ScreenSize() {
     return screen.size;
 }
 
+std::string HeadlessDisplay::ResourceDatabase() {
+    Screen& screen = TheScreen();
+    std::lock_guard<std::recursive_mutex> lock(screen.mutex);
+    return screen.resources;
+}
+
 void HeadlessDisplay::Present(NativeWindow window, cairo_surface_t* image, const CRect& area) {
     Screen& screen = TheScreen();
     std::lock_guard<std::recursive_mutex> lock(screen.mutex);

@@ -36,6 +36,7 @@ public:
     void SetWindowRect(NativeWindow window, const CRect& rect) override;
     CPoint WindowToScreen(NativeWindow window, CPoint point) override;
     CSize ScreenSize() override;
+    std::string ResourceDatabase() override;
     void Present(NativeWindow window, cairo_surface_t* image, const CRect& area) override;
     cairo_surface_t* CaptureWindow(NativeWindow window) override;
     bool GrabPointer(NativeWindow window) override;
@@ -76,6 +77,8 @@ struct PresentRecord {
 
 // Sizes the screen (no windows change).
 void SetScreenSize(CSize size);
+// What ResourceDatabase answers ("Xft.dpi:\t192\n"); empty by default.
+void SetResourceDatabase(const std::string& text);
 // A shown top-level window that belongs to no connection, standing for a
 // host's window.
 NativeWindow CreateHostWindow(const CRect& screenRect);

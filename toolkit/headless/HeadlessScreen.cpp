@@ -173,6 +173,12 @@ void SetScreenSize(CSize size) {
     if (size.cx > 0 && size.cy > 0) screen.size = size;
 }
 
+void SetResourceDatabase(const std::string& text) {
+    Screen& screen = TheScreen();
+    std::lock_guard<std::recursive_mutex> lock(screen.mutex);
+    screen.resources = text;
+}
+
 NativeWindow CreateHostWindow(const CRect& screenRect) {
     Screen& screen = TheScreen();
     std::lock_guard<std::recursive_mutex> lock(screen.mutex);

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "toolkit/headless/HeadlessDisplay.h"
@@ -28,6 +29,7 @@ struct Window {
 struct Screen {
     std::recursive_mutex mutex;
     CSize size{1024, 768};
+    std::string resources;  // the resource database's text
     std::map<NativeWindow, Window> windows;
     std::vector<NativeWindow> topLevels;  // bottom to top
     NativeWindow nextId = 0x200001;

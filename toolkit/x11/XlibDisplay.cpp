@@ -306,6 +306,25 @@ CSize XlibDisplay::ScreenSize() {
     return CSize(DisplayWidth(m_display, m_screen), DisplayHeight(m_display, m_screen));
 }
 
+// The RESOURCE_MANAGER property as the server holds it now (xrdb -merge
+// changes it), not the copy Xlib took when the connection opened.
+std::string XlibDisplay::ResourceDatabase() {
+    if (!Usable()) return std::string();
+    Atom property = XInternAtom(m_display, "RESOURCE_MANAGER", True);
+    if (property == None) return std::string();
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0, remaining = 0;
+    unsigned char* data = nullptr;
+    std::string text;
+    if (XGetWindowProperty(m_display, m_root, property, 0, 1 << 16, False, XA_STRING, &type, &format,
+                           &count, &remaining, &data) == Success &&
+        data && format == 8)
+        text.assign(reinterpret_cast<const char*>(data), count);
+    if (data) XFree(data);
+    return text;
+}
+
 bool XlibDisplay::GrabPointer(NativeWindow native) {
     const Window window = static_cast<Window>(native);
     if (!Usable() || !IsOurs(window)) return false;

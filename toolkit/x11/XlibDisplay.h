@@ -30,6 +30,7 @@ public:
     void SetWindowRect(NativeWindow window, const CRect& rect) override;
     CPoint WindowToScreen(NativeWindow window, CPoint point) override;
     CSize ScreenSize() override;
+    std::string ResourceDatabase() override;
 
     void Present(NativeWindow window, cairo_surface_t* image, const CRect& area) override;
     cairo_surface_t* CaptureWindow(NativeWindow window) override;

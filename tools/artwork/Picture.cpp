@@ -2,6 +2,8 @@
 
 #include "tools/artwork/Metrics.h"
 
+#include <cmath>
+
 namespace artwork {
 
 const std::vector<Picture>& AllPictures()
@@ -40,12 +42,13 @@ const Picture* FindPicture(int id)
     return nullptr;
 }
 
-cairo_surface_t* RenderPicture(const Picture& picture, int scale)
+cairo_surface_t* RenderPicture(const Picture& picture, double scale)
 {
-    cairo_surface_t* surface =
-        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, picture.width * scale, picture.height * scale);
+    const int width = static_cast<int>(std::lround(picture.width * scale));
+    const int height = static_cast<int>(std::lround(picture.height * scale));
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
     cairo_t* cr = cairo_create(surface);
-    cairo_scale(cr, scale, scale);
+    cairo_scale(cr, double(width) / picture.width, double(height) / picture.height);
     picture.draw(cr);
     cairo_destroy(cr);
     cairo_surface_flush(surface);

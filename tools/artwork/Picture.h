@@ -19,8 +19,9 @@ struct Picture {
 const std::vector<Picture>& AllPictures();
 const Picture* FindPicture(int id);
 
-// A new ARGB surface of width x height times scale holding the picture.
-cairo_surface_t* RenderPicture(const Picture& picture, int scale);
+// A new ARGB surface of width x height times scale (each rounded) holding
+// the picture, drawn to fill it exactly so that no edge is left transparent.
+cairo_surface_t* RenderPicture(const Picture& picture, double scale);
 
 // The drawing functions, grouped by kind of control.
 void DrawBackground(cairo_t* cr);       // 3005

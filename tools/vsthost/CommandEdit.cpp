@@ -18,7 +18,8 @@ int runEdit(const Args& args) {
     addPluginOptions(parser);
     parser.option("audio", 'a', "FILE", "sound file played through the plug-in in a loop (default silence)")
         .option("screenshot", 's', "FILE.png", "write a picture of the editor and exit")
-        .option("after", 0, "SECONDS", "when to take the picture (default 1)");
+        .option("after", 0, "SECONDS", "when to take the picture (default 1)")
+        .option("scale", 0, "FACTOR", "ask the editor to draw at 1, 1.5 or 2 times its size, as HiDPI hosts do");
     ParsedArgs parsed;
     if (!parseCommandLine(parser, args, "vsthost edit [PLUGIN.so] [options]", parsed))
         return 0;
@@ -30,6 +31,8 @@ int runEdit(const Args& args) {
     options.screenshot = parsed.get("screenshot", "");
     if (parsed.has("after"))
         options.after = parseDoubleArg(parsed.get("after", "1"), "--after", 0.0, 3600.0);
+    if (parsed.has("scale"))
+        options.scale = (float)parseDoubleArg(parsed.get("scale", "1"), "--scale", 0.25, 4.0);
 
     const XServer server(false);
     if (!server.display()) {

@@ -4,6 +4,7 @@
 #include "tools/vsthost/PluginHost.h"
 
 #include <atomic>
+#include <cstdio>
 #include <chrono>
 #include <thread>
 #include <vector>
@@ -74,6 +75,12 @@ bool editorSize(PluginHost& host, int& width, int& height) {
 void runEditorSession(PluginHost& host, Display* display, const EditorSessionOptions& options) {
     if (!host.hasFlag(effFlagsHasEditor))
         throw HostError("the plug-in has no editor");
+    if (options.scale > 0.0f) {
+        constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+        constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+        if (!host.dispatch(effVendorSpecific, kContentScale, kScaleFactor, nullptr, options.scale))
+            fprintf(stderr, "vsthost: the plug-in did not take the scale %g\n", options.scale);
+    }
     int width = 0, height = 0;
     if (!editorSize(host, width, height))
         width = 400, height = 300;  // some editors know their size only once open
@@ -91,6 +98,14 @@ void runEditorSession(PluginHost& host, Display* display, const EditorSessionOpt
         const auto period = std::chrono::duration<double>(1.0 / options.idleRate);
         for (long tick = 1; window.handleEvents(); ++tick) {
             host.dispatch(effEditIdle);
+            const CallbackLog log = host.callbackLog();
+            if (log.sizeWindowWidth > 0 && (log.sizeWindowWidth != openWidth || log.sizeWindowHeight != openHeight)) {
+                openWidth = log.sizeWindowWidth;
+                openHeight = log.sizeWindowHeight;
+                window.resize(openWidth, openHeight);
+                printf("resized   %d x %d\n", openWidth, openHeight);
+                fflush(stdout);
+            }
             if (!options.screenshot.empty() &&
                 Clock::now() - start >= std::chrono::duration<double>(options.after)) {
                 window.writePng(options.screenshot);

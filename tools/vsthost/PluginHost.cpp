@@ -337,8 +337,13 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
         ++log_.ioChanged;
         return 0;
     }
-    case audioMasterSizeWindow:
-        return 0;
+    case audioMasterSizeWindow: {
+        // The editor window follows on the next turn of the editor session.
+        std::lock_guard<std::mutex> lock(logMutex_);
+        log_.sizeWindowWidth = index;
+        log_.sizeWindowHeight = (int)value;
+        return index > 0 && value > 0 ? 1 : 0;
+    }
     case audioMasterGetSampleRate:
         return (VstIntPtr)transport_.sampleRate;
     case audioMasterGetBlockSize:

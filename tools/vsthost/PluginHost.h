@@ -76,6 +76,9 @@ struct CallbackLog {
     int ioChanged = 0;
     int getTime = 0;
     int tempoAt = 0;
+    // The latest audioMasterSizeWindow (width, height); 0 x 0 for none.
+    int sizeWindowWidth = 0;
+    int sizeWindowHeight = 0;
 };
 
 class PluginHost {
