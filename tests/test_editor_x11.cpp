@@ -1,7 +1,8 @@
 // The built TapDelay.so's editor on a real X server, as a host shows it: the
 // host's window is the parent, the host idles the editor, and the user's
 // input is real X input (XTest) sent from a thread of its own, because menus
-// and dialogs run their loops inside the host's idle call.
+// and dialogs run their loops inside the host's idle call. Input is checked
+// at each of the editor's sizes, 100 %, 150 % and 200 %.
 // GoogleTest before Xlib, whose macros (None, Bool) clash with its names.
 #include <gtest/gtest.h>
 // clang-format off
@@ -14,6 +15,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <cmath>
+#include <cstdio>
 #include <functional>
 #include <set>
 #include <thread>
@@ -34,8 +37,9 @@ bool RequireX11() {
 // A host's editor window: a plain top-level window the editor goes into.
 class HostWindow {
 public:
-    explicit HostWindow(Display* display, int x = 0, int y = 0) : m_display(display) {
-        m_window = XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, kWidth, kHeight, 0, 0, 0);
+    explicit HostWindow(Display* display, int x = 0, int y = 0, int width = kWidth, int height = kHeight)
+        : m_display(display) {
+        m_window = XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, width, height, 0, 0, 0);
         XMapWindow(display, m_window);
         XSync(display, False);
     }
@@ -79,8 +83,8 @@ public:
         XTestFakeMotionEvent(m_display, DefaultScreen(m_display), x, y, CurrentTime);
         Sync();
     }
-    void Button(bool press) {
-        XTestFakeButtonEvent(m_display, 1, press, CurrentTime);
+    void Button(bool press, unsigned button = 1) {
+        XTestFakeButtonEvent(m_display, button, press, CurrentTime);
         Sync();
     }
     void Click(int x, int y) {
@@ -132,6 +136,18 @@ private:
     std::atomic<bool> m_done{true};
 };
 
+struct CSizeOfEditor {
+    int width = 0, height = 0;
+    bool operator==(const CSizeOfEditor& o) const { return width == o.width && height == o.height; }
+};
+std::ostream& operator<<(std::ostream& out, const CSizeOfEditor& size) {
+    return out << size.width << " x " << size.height;
+}
+
+// The content scale a host sends: 'PreS' / 'AeCs' with the factor as opt.
+constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+
 // The top-level windows on the screen now.
 std::set<Window> TopLevelWindows(Display* display) {
     Window root = 0, parent = 0, *children = nullptr;
@@ -170,6 +186,22 @@ protected:
             User::Pause(10);
         }
         user.Join();
+    }
+    // The editor's size as effEditGetRect reports it.
+    CSizeOfEditor EditorSize() {
+        ERect* rect = nullptr;
+        plugin->dispatch(effEditGetRect, 0, 0, &rect);
+        return rect ? CSizeOfEditor{rect->right - rect->left, rect->bottom - rect->top} : CSizeOfEditor{};
+    }
+    // The size of the host window's one child, the editor's window.
+    CSizeOfEditor ChildSize(Window host) {
+        Window root = 0, parent = 0, *children = nullptr;
+        unsigned count = 0;
+        XQueryTree(m_display, host, &root, &parent, &children, &count);
+        XWindowAttributes attributes{};
+        if (count == 1) XGetWindowAttributes(m_display, children[0], &attributes);
+        if (children) XFree(children);
+        return {attributes.width, attributes.height};
     }
     bool SawGesture(int parameter) {
         bool begin = false, automate = false, end = false;
@@ -262,10 +294,18 @@ TEST_F(EditorOnX11, TheHostDestroyingItsWindowFirstIsHarmless) {
 }
 
 // One control of each kind, typing, a menu choice and the save dialog, all
-// with real X input.
-TEST_F(EditorOnX11, RealInputReachesEveryKindOfControl) {
-    HostWindow host(m_display);
+// with real X input, at each size the host asks for: the points are the
+// layout's, times the scale.
+class EditorInputOnX11 : public EditorOnX11, public ::testing::WithParamInterface<double> {};
+
+TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
+    const double scale = GetParam();
+    const auto at = [scale](int logical) { return static_cast<int>(std::lround(logical * scale)); };
+    EXPECT_EQ(plugin->dispatch(effVendorSpecific, kContentScale, kScaleFactor, nullptr, float(scale)), 1);
+    EXPECT_EQ(EditorSize(), (CSizeOfEditor{at(kWidth), at(kHeight)}));
+    HostWindow host(m_display, 0, 0, at(kWidth), at(kHeight));
     ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    EXPECT_EQ(ChildSize(host.Id()), (CSizeOfEditor{at(kWidth), at(kHeight)}));
     for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
     plugin->setParameter(60, 1.0f);  // tempo sync on: the note menu opens
     plugin->setParameter(61, 0.0f);
@@ -276,20 +316,20 @@ TEST_F(EditorOnX11, RealInputReachesEveryKindOfControl) {
     User user;
     user.Start([&](User& u) {
         // Gain knob of tap 0 (291, 71, 325, 105): from its left to its right.
-        u.Move(291, 88);
+        u.Move(at(291), at(88));
         u.Button(true);
-        u.Move(308, 72);
-        u.Move(324, 88);
+        u.Move(at(308), at(72));
+        u.Move(at(324), at(88));
         u.Button(false);
         // Delay switch of tap 0, the delay-time slider's left quarter.
-        u.Click(79, 88);
-        u.Click(138 + 27, 88);
+        u.Click(at(79), at(88));
+        u.Click(at(138 + 27), at(88));
         // Type into the gain text of tap 1.
-        u.Click(266, 127);
+        u.Click(at(266), at(127));
         u.Type("-9");
         u.Key(XK_Return);
         // The note menu: the third entry, "16th", by keys.
-        u.Click(200, 342);
+        u.Click(at(200), at(342));
         menu = u.WaitForNewWindow(before);
         u.Key(XK_Down);
         u.Key(XK_Down);
@@ -297,7 +337,7 @@ TEST_F(EditorOnX11, RealInputReachesEveryKindOfControl) {
         u.Key(XK_Return);
         User::Pause(100);
         // The save dialog: slot 3 (two steps down from slot 1), a name, Return.
-        u.Click(291, 18);
+        u.Click(at(291), at(18));
         dialog = u.WaitForNewWindow(before);
         u.Key(XK_Down);
         u.Key(XK_Down);
@@ -313,15 +353,72 @@ TEST_F(EditorOnX11, RealInputReachesEveryKindOfControl) {
     EXPECT_NEAR(plugin->getParameter(3), 0.25f, 1e-6);
     EXPECT_EQ(plugin->display(10).find("-9.0"), 0u) << plugin->display(10);
     EXPECT_GT(menu.width, 0) << "the note menu did not appear";
+    // Below the note text, drawn at the editor's scale.
+    EXPECT_NEAR(menu.x, at(175), 2 * scale);
+    EXPECT_NEAR(menu.y, at(337), 2 * scale);
     EXPECT_EQ(plugin->display(61), "16th");
     EXPECT_GT(dialog.width, 0) << "the save dialog did not appear";
     // The dialog sits over the editor's middle.
-    EXPECT_NEAR(dialog.x + dialog.width / 2, kWidth / 2, 2);
-    EXPECT_NEAR(dialog.y + dialog.height / 2, kHeight / 2, 2);
+    EXPECT_NEAR(dialog.x + dialog.width / 2, at(kWidth) / 2, 2 * scale);
+    EXPECT_NEAR(dialog.y + dialog.height / 2, at(kHeight) / 2, 2 * scale);
     const std::vector<unsigned char> bank = ReadWholeFile(preferences.bankPath());
     ASSERT_EQ(bank.size(), 17824u);
     const char* name = reinterpret_cast<const char*>(&bank[160 + 2 * 276 + 62 * 4]);
     EXPECT_STREQ(name, "xtest hall");
+    plugin->dispatch(effEditClose);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, EditorInputOnX11, ::testing::Values(1.0, 1.5, 2.0),
+                         [](const ::testing::TestParamInfo<double>& info) {
+                             return "Scale" + std::to_string(int(info.param * 10));
+                         });
+
+// Where the size comes from without the host: the desktop's Xft.dpi, until
+// the user picks one in the "Size" menu (saved for later editors, the host
+// asked to resize), and the desktop again after "Follow the desktop".
+TEST_F(EditorOnX11, DesktopDpiAndTheSizeMenuChooseTheSize) {
+    if (std::system("echo 'Xft.dpi: 192' | xrdb -merge 2>/dev/null") != 0)
+        GTEST_SKIP() << "xrdb is missing (package x11-xserver-utils)";
+    struct RestoreResources {
+        ~RestoreResources() { (void)std::system("xrdb -remove 2>/dev/null"); }
+    } restore;
+    plugin.reset(new PluginUnderTest());
+    EXPECT_EQ(EditorSize(), (CSizeOfEditor{1600, 720}));
+    HostWindow host(m_display, 0, 0, 1600, 720);
+    ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    EXPECT_EQ(ChildSize(host.Id()), (CSizeOfEditor{1600, 720}));
+
+    // A right click on the background, then "100 %", the first entry.
+    const auto choose = [&](int scale, KeySym key, int downs) {
+        plugin->clearCalls();
+        const std::set<Window> before = TopLevelWindows(m_display);
+        User user;
+        user.Start([&](User& u) {
+            u.Move(400 * scale, 40 * scale);
+            u.Button(true, 3);
+            u.Button(false, 3);
+            u.WaitForNewWindow(before);
+            for (int i = 0; i < downs; i++) u.Key(key);
+            u.Key(XK_Return);
+        });
+        IdleWhile(user);
+    };
+    choose(2, XK_Down, 1);
+    const std::vector<HostCall> resized = plugin->callsWithOpcode(audioMasterSizeWindow);
+    ASSERT_EQ(resized.size(), 1u);
+    EXPECT_EQ(resized[0].index, 800);
+    EXPECT_EQ(resized[0].value, 360);
+    EXPECT_EQ(EditorSize(), (CSizeOfEditor{800, 360}));
+    EXPECT_EQ(ChildSize(host.Id()), (CSizeOfEditor{800, 360}));
+    plugin->dispatch(effEditClose);
+
+    // The choice outlives the editor and the instance.
+    plugin.reset(new PluginUnderTest());
+    EXPECT_EQ(EditorSize(), (CSizeOfEditor{800, 360}));
+    ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+    choose(1, XK_End, 1);  // "Follow the desktop", the last entry
+    EXPECT_EQ(EditorSize(), (CSizeOfEditor{1600, 720}));
+    EXPECT_EQ(ChildSize(host.Id()), (CSizeOfEditor{1600, 720}));
     plugin->dispatch(effEditClose);
 }
 

@@ -2,7 +2,9 @@
 
 #include "tools/artwork/Metrics.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace artwork {
 
@@ -52,6 +54,23 @@ cairo_surface_t* RenderPicture(const Picture& picture, double scale)
     picture.draw(cr);
     cairo_destroy(cr);
     cairo_surface_flush(surface);
+    // At 1.5x a seam between two parts can fall inside a pixel, which each
+    // part then covers only partly: the editor copies pixels without
+    // blending, so such pixels take their colour at full opacity.
+    unsigned char* data = cairo_image_surface_get_data(surface);
+    const int stride = cairo_image_surface_get_stride(surface);
+    for (int y = 0; y < height; y++) {
+        auto* row = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
+        for (int x = 0; x < width; x++) {
+            const uint32_t alpha = row[x] >> 24;
+            if (alpha == 0 || alpha == 255) continue;
+            uint32_t pixel = 0xFF000000u;
+            for (int shift = 0; shift < 24; shift += 8)
+                pixel |= std::min<uint32_t>(255, ((row[x] >> shift) & 0xFF) * 255 / alpha) << shift;
+            row[x] = pixel;
+        }
+    }
+    cairo_surface_mark_dirty(surface);
     return surface;
 }
 
