@@ -5,7 +5,10 @@
 #include <cmath>
 #include <vector>
 
+#include "editor/EditorScale.h"
 #include "tests/editor/EditorFixture.h"
+#include "toolkit/DesktopScale.h"
+#include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
 
@@ -99,5 +102,139 @@ TEST(EditorWindow, MetersLightFromTheRowOfTheirReading) {
         float reading = fixture.window().GetMeterReading(0);
         fixture.Idle();
         EXPECT_FLOAT_EQ(std::max(-38.0f, reading - 0.25f), fixture.window().GetMeterReading(0));
+    }
+}
+
+// --- sizes ---------------------------------------------------------------------------
+
+// The size comes from the first source that says something: the host, the
+// user's choice, the desktop; as the nearest of 100, 150 and 200 %.
+TEST(EditorScale, TheFirstSourceThatSaysSomethingGivesTheNearestSize) {
+    const struct {
+        float host, user, desktop, size;
+    } cases[] = {
+        {0, 0, 0, 1},      {0, 0, 2, 2},        {0, 1.5f, 2, 1.5f},  {2, 1, 1.5f, 2},
+        {1, 2, 2, 1},      {0, 0, 1.24f, 1},    {0, 0, 1.26f, 1.5f}, {0, 0, 1.76f, 2},
+        {0, 0, 3, 2},      {0, 0, 0.5f, 1},     {-1, 0, 2, 2},       {NAN, 0, 1.5f, 1.5f},
+    };
+    for (const auto& c : cases) {
+        EditorScaleSources sources;
+        sources.host = c.host;
+        sources.user = c.user;
+        sources.desktop = c.desktop;
+        EXPECT_EQ(sources.Choose(), c.size) << c.host << " " << c.user << " " << c.desktop;
+    }
+}
+
+// Xft.dpi from the resource database first (96 dpi is 1), else GDK_SCALE.
+TEST(EditorScale, TheDesktopSaysItWithXftDpiElseGdkScale) {
+    const struct {
+        const char* resources;
+        const char* gdkScale;
+        double scale;
+    } cases[] = {
+        {"Xft.dpi:\t96\n", nullptr, 1.0},
+        {"Xft.antialias:\t1\nXft.dpi:\t192\nXft.hinting:\t1\n", "1", 2.0},
+        {"Xft.dpi: 144", nullptr, 1.5},
+        {"Xft.antialias:\t1\n", "2", 2.0},
+        {"Xft.dpi:\tbig\n", "1.5", 1.5},
+        {"xXft.dpi:\t192\n", nullptr, 0.0},
+        {"", "", 0.0},
+        {nullptr, nullptr, 0.0},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(DesktopScaleOf(c.resources, c.gdkScale), c.scale) << (c.resources ? c.resources : "null");
+}
+
+// Through the editor: the desktop's 144 dpi, then the user's choice (saved,
+// and the host asked to resize), then the host's word above both.
+TEST(EditorScale, TheEditorTakesTheHostThenTheUserThenTheDesktop) {
+    headless::SetResourceDatabase("Xft.dpi:\t144\n");
+    {
+        EditorFixture fixture;
+        auto size = [&] {
+            ERect* rect = nullptr;
+            fixture.editor().getRect(&rect);
+            return CSize(rect->right - rect->left, rect->bottom - rect->top);
+        };
+        EXPECT_EQ(size(), CSize(1200, 540));
+        fixture.host().calls.clear();
+        fixture.editor().ChooseScale(2.0f);
+        EXPECT_EQ(size(), CSize(1600, 720));
+        const std::vector<HostCall> resize = fixture.host().callsWithOpcode(audioMasterSizeWindow);
+        ASSERT_EQ(resize.size(), 1u);
+        EXPECT_EQ(resize[0].index, 1600);
+        EXPECT_EQ(resize[0].value, 720);
+        fixture.Reopen();
+        EXPECT_EQ(size(), CSize(1600, 720)) << "the choice is kept";
+        fixture.editor().ChooseScale(0.0f);
+        EXPECT_EQ(size(), CSize(1200, 540)) << "following the desktop again";
+        fixture.editor().ChooseScale(1.0f);
+        EXPECT_TRUE(fixture.editor().SetScale(2.0f));
+        EXPECT_FALSE(fixture.editor().SetScale(0.0f));
+        fixture.Reopen();
+        EXPECT_EQ(size(), CSize(1600, 720)) << "the host's word wins";
+    }
+    headless::SetResourceDatabase("");
+}
+
+// At each size the window is the layout times the scale, pictures are those
+// drawn for the scale and copied pixel for pixel, text is drawn at the
+// device size (at 2x its pixels do not come in 2 x 2 blocks), and clicks at
+// the layout's points reach the same controls with the same values.
+TEST(EditorScale, EachSizeDrawsItsOwnPicturesAndTakesLogicalPoints) {
+    for (float scale : {1.0f, 1.5f, 2.0f}) {
+        SCOPED_TRACE(scale);
+        EditorFixture fixture(scale);
+        const auto device = [scale](int logical) { return int(std::lround(logical * scale)); };
+        fixture.effect().setParameter(9, 0.0f);  // gain knob of tap 0 on its first frame
+        cairo_surface_t* shown = fixture.Capture();
+        ASSERT_EQ(cairo_image_surface_get_width(shown), device(800));
+        ASSERT_EQ(cairo_image_surface_get_height(shown), device(360));
+
+        CVMQBitmap background, knob;
+        ASSERT_TRUE(background.LoadResourceBitmap(MAKEINTRESOURCE(3005), scale));
+        ASSERT_TRUE(knob.LoadResourceBitmap(MAKEINTRESOURCE(3004), scale));
+        EXPECT_EQ(background.GetScale(), scale);
+        EXPECT_EQ(background.Width(), 800u);
+        EXPECT_EQ(knob.Height(), 34u * 61u);
+        // Plain background: the title strip, the tap labels' column, a corner.
+        for (const CRect& area : {CRect(330, 8, 560, 30), CRect(60, 110, 70, 300), CRect(790, 350, 800, 360)})
+            for (int y = device(area.top); y < device(area.bottom); y++)
+                for (int x = device(area.left); x < device(area.right); x++)
+                    ASSERT_EQ(PixelAt(shown, x, y), PixelAt(background.GetSurface(), x, y)) << x << "," << y;
+        // The knob's first frame at the knob's place (291, 71).
+        for (int y = 0; y < device(34); y++)
+            for (int x = 0; x < device(34); x++)
+                ASSERT_EQ(PixelAt(shown, device(291) + x, device(71) + y), PixelAt(knob.GetSurface(), x, y))
+                    << x << "," << y;
+        if (scale == 2.0f) {
+            int blocksWithDetail = 0;
+            for (int y = device(80); y < device(96); y += 2)
+                for (int x = device(242); x < device(290); x += 2) {
+                    const uint32_t p = PixelAt(shown, x, y);
+                    blocksWithDetail += PixelAt(shown, x + 1, y) != p || PixelAt(shown, x, y + 1) != p ||
+                                        PixelAt(shown, x + 1, y + 1) != p;
+                }
+            EXPECT_GT(blocksWithDetail, 30) << "the value text looks upscaled";
+        }
+        cairo_surface_destroy(shown);
+
+        // A knob's left-middle point is 90 degrees from its start: exactly 0.2.
+        fixture.Click(291, 88);
+        EXPECT_EQ(fixture.effect().getParameter(9), 0.2f);
+        fixture.Click(138 + 27, 88);  // the delay-time slider's left quarter
+        EXPECT_NEAR(fixture.effect().getParameter(3), 0.25f, 1e-6);
+        const float before = fixture.effect().getParameter(21);
+        fixture.Click(79, 88);  // delay switch of tap 0
+        EXPECT_EQ(fixture.effect().getParameter(21), before == 1.0f ? 0.0f : 1.0f);
+        fixture.Click(266, 88);  // the gain text of tap 0 opens the entry field over it
+        EXPECT_EQ(fixture.window().GetEntryTarget(), 230);
+        RECT field;
+        fixture.window().GetEntryWindow().GetWindowRect(&field);
+        CPoint origin(0, 0);
+        fixture.window().ClientToScreen(&origin);
+        EXPECT_EQ(field.left - origin.x, 243);
+        EXPECT_EQ(field.top - origin.y, 80);
     }
 }

@@ -5,7 +5,7 @@
 
 #include "toolkit/ResourceFolder.h"
 
-EditorFixture::EditorFixture() {
+EditorFixture::EditorFixture(float hostScale) {
     setenv("XDG_CONFIG_HOME", m_preferences.path().c_str(), 1);
     AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
     m_env = MakeHeadlessEnvironment();
@@ -14,6 +14,7 @@ EditorFixture::EditorFixture() {
     m_editor = static_cast<CDelayEditor*>(effect().getEditor());
     // The fixture's recording view stands in for the editor by default.
     effect().SetEditorView(m_editor);
+    if (hostScale) m_editor->SetScale(hostScale);
     ERect* rect = nullptr;
     m_editor->getRect(&rect);
     m_hostWindow = m_env->CreateHostWindow(CRect(kLeft, kTop, kLeft + rect->right, kTop + rect->bottom));

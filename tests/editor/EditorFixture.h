@@ -4,6 +4,7 @@
 
 #include <cairo.h>
 
+#include <cmath>
 #include <memory>
 #include <string>
 
@@ -15,7 +16,8 @@
 
 class EditorFixture {
 public:
-    EditorFixture();
+    // hostScale: the content scale a host gives before opening (0: none).
+    explicit EditorFixture(float hostScale = 0.0f);
     ~EditorFixture();
 
     ATapDelay& effect() { return **m_effect; }
@@ -34,8 +36,11 @@ public:
     // The host window's pixels now; the caller destroys the surface.
     cairo_surface_t* Capture();
     void WritePng(const std::string& name);  // into the build folder
-    // Screen point of a client point of the editor window.
-    CPoint Screen(int x, int y) const { return CPoint(kLeft + x, kTop + y); }
+    // Screen point of a client point (logical) of the editor window.
+    CPoint Screen(int x, int y) const {
+        const double s = m_editor->GetScale();
+        return CPoint(kLeft + int(std::lround(x * s)), kTop + int(std::lround(y * s)));
+    }
     void Click(int x, int y);
 
     static constexpr int kLeft = 40, kTop = 30;
