@@ -6,7 +6,8 @@
 // painting alone, without the X server's share, is measured on the headless
 // backend.
 //
-//   bench_editor [rounds]   (default 200)
+//   bench_editor [rounds] [scale]   (default 200 rounds at scale 1; the
+//   scale, 1, 1.5 or 2, is sent as a HiDPI host sends it)
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -34,8 +35,8 @@ VstIntPtr Host(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
 }
 
 VstIntPtr Dispatch(AEffect* effect, VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0,
-                   void* ptr = nullptr) {
-    return effect->dispatcher(effect, opcode, index, value, ptr, 0.0f);
+                   void* ptr = nullptr, float opt = 0.0f) {
+    return effect->dispatcher(effect, opcode, index, value, ptr, opt);
 }
 
 // Mean microseconds per call of step over rounds calls.
@@ -56,7 +57,7 @@ double ResidentMB() {
 
 // A full repaint on the headless backend: the editor's own drawing, with the
 // effect linked in rather than loaded.
-double HeadlessRepaint(int rounds) {
+double HeadlessRepaint(int rounds, float scale) {
     AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
     AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
     double perCall = 0.0;
@@ -64,6 +65,7 @@ double HeadlessRepaint(int rounds) {
         ATapDelay effect(Host);
         effect.open();
         auto* editor = static_cast<CDelayEditor*>(effect.getEditor());
+        editor->SetScale(scale);
         ERect* rect = nullptr;
         editor->getRect(&rect);
         const NativeWindow host = headless::CreateHostWindow(CRect(0, 0, rect->right, rect->bottom));
@@ -82,6 +84,7 @@ double HeadlessRepaint(int rounds) {
 
 int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 200;
+    const float scale = argc > 2 ? static_cast<float>(std::atof(argv[2])) : 1.0f;
     Display* display = XOpenDisplay(nullptr);
     if (!display) {
         std::fprintf(stderr, "bench_editor needs an X server: run it under xvfb-run or set DISPLAY\n");
@@ -99,6 +102,10 @@ int main(int argc, char** argv) {
     Dispatch(effect, effSetBlockSize, 0, 512);
     Dispatch(effect, effMainsChanged, 0, 1);
 
+    constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+    constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+    if (!Dispatch(effect, effVendorSpecific, kContentScale, kScaleFactor, nullptr, scale))
+        std::fprintf(stderr, "the editor did not take the scale %g\n", scale);
     ERect* rect = nullptr;
     Dispatch(effect, effEditGetRect, 0, 0, &rect);
     const int width = rect->right - rect->left, height = rect->bottom - rect->top;
@@ -140,10 +147,10 @@ int main(int argc, char** argv) {
     XDestroyWindow(display, host);
     XCloseDisplay(display);
 
-    std::printf("editor %dx%d, %d rounds (microseconds per call)\n", width, height, rounds);
+    std::printf("editor %dx%d (scale %g), %d rounds (microseconds per call)\n", width, height, scale, rounds);
     std::printf("  open + idle + close        %10.1f\n", openClose);
     std::printf("  full repaint (effEditDraw) %10.1f\n", repaint);
-    std::printf("  full repaint, headless     %10.1f\n", HeadlessRepaint(rounds));
+    std::printf("  full repaint, headless     %10.1f\n", HeadlessRepaint(rounds, scale));
     std::printf("  idle, nothing changed      %10.1f\n", quietIdle);
     std::printf("  idle, meters moving        %10.1f\n", meterIdle);
     std::printf("  idle after 62 automations  %10.1f\n", automatedIdle);
