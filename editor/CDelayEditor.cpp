@@ -37,6 +37,8 @@ bool CDelayEditor::SetScale(float factor) {
 
 void CDelayEditor::ChooseScale(float choice) {
     sources.user = NearestEditorScale(choice);
+    // A size the user picks now wins over what the host said at opening.
+    if (sources.user) sources.host = 0.0f;
     SaveEditorScaleChoice(static_cast<ATapDelay*>(effect)->GetPreferencesFolder(), sources.user);
     if (!sources.user && !sources.host) sources.desktop = NearestEditorScale(AfxDesktopScale());
     const float before = scale;

@@ -49,7 +49,8 @@ public:
     bool SetScale(float factor) override;
     float GetScale() const { return scale; }
     // The "Size" menu: 1, 1.5, 2, or 0 to follow the desktop. Saved for
-    // every later editor; the host is asked to resize its window.
+    // every later editor; a size picked now also sets aside the host's word
+    // for this editor; the host is asked to resize its window.
     void ChooseScale(float choice);
     float GetScaleChoice() const { return sources.user; }
 

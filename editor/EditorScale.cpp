@@ -48,7 +48,9 @@ bool SaveEditorScaleChoice(const char* preferencesFolder, float scale) {
     const std::string path = ChoicePath(preferencesFolder);
     if (path.empty()) return false;
     if (!NearestEditorScale(scale)) return std::remove(path.c_str()) == 0;
-    ::mkdir(preferencesFolder, 0755);
+    // The folder and any missing parents (a fresh $XDG_CONFIG_HOME).
+    for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
+        ::mkdir(path.substr(0, slash).c_str(), 0755);
     FILE* file = std::fopen(path.c_str(), "w");
     if (!file) return false;
     const bool written = std::fprintf(file, "%g\n", NearestEditorScale(scale)) > 0;
