@@ -112,16 +112,17 @@ click() { xdotool mousemove $((ex + $1)) $((ey + $2)) click 1; }
 strip1=(330 214) strip2=(440 214)
 edit_plugin() { xdotool mousemove "$1" "$2" click --repeat 2 --delay 80 1; }
 
-# The plug-in window Ardour made for a track, and the editor's 800x360 X
-# window inside it ("X Y ID" of the latter).
+# The plug-in window Ardour made for a track, and the editor's X window
+# inside it, 800x360 unless another size is given ("X Y ID" of the latter).
 plugin_window() { xdotool search --onlyvisible --name "^$1: TapDelay" 2> /dev/null | head -1; }
-find_editor() {
+find_editor() {  # find_editor TRACK [WIDTHxHEIGHT]
   local w
   w=$(plugin_window "$1") || return 1
   [ -n "$w" ] || return 1
-  xwininfo -id "$w" -tree | awk '$0 ~ / 800x360\+/ { split($NF, a, "+"); print a[2], a[3], $1; found = 1; exit }
+  xwininfo -id "$w" -tree | awk -v size=" ${2:-800x360}+" 'index($0, size) { split($NF, a, "+"); print a[2], a[3], $1; found = 1; exit }
                                  END { exit !found }'
 }
+window_size() { xwininfo -id "$1" | awk '/Width:/ { w = $NF } /Height:/ { h = $NF } END { print w "x" h }'; }
 # Top-level X windows (menus and dialogs of the editor appear there).
 toplevels() { xwininfo -root -children | awk '/^ +0x/ { print $1 }' | sort; }
 new_window() {  # new_window BEFORE-FILE: "X Y W H" of one new mapped top-level
@@ -290,6 +291,43 @@ if wait_for 15 find_editor "Echo 2"; then
 else
   shot 18-no-second-editor 0
   echo "FAIL reopen: Echo 2's editor did not open"; status=1
+fi
+
+# 10b. The Size menu: a right click on the editor's background, then
+# "200 %" (the third entry). The editor asks Ardour to resize
+# (audioMasterSizeWindow) and draws at twice its size; Ardour's plug-in
+# window must follow. Then back to "100 %".
+pw2=$(plugin_window "Echo 2")
+before_size=$(window_size "$pw2")
+toplevels > "$work/before"
+xdotool mousemove $((ex + 400)) $((ey + 40)) click 3
+if wait_for 5 new_window "$work/before"; then
+  read -r mx my mw mh < <(new_window "$work/before")
+  shot 19-size-menu 0.5
+  echo "PASS size-menu: ${mw}x${mh} popup at $mx,$my"
+  xdotool key Down Down Down Return
+  if wait_for 10 find_editor "Echo 2" 1600x720; then
+    read -r ex ey id4 < <(find_editor "Echo 2" 1600x720)
+    sleep 1
+    shot 20-size-200 1
+    after_size=$(window_size "$pw2")
+    verdict size-200 "editor $id4 now 1600x720; Ardour's window $before_size -> $after_size" \
+      test "${after_size%x*}" -ge 1600 -a "${after_size#*x}" -ge 720
+    toplevels > "$work/before"
+    xdotool mousemove $((ex + 800)) $((ey + 80)) click 3
+    wait_for 5 new_window "$work/before" || true
+    sleep 0.5
+    xdotool key Down Return
+    wait_for 10 find_editor "Echo 2" && back=1 || back=0
+    shot 21-size-100 1
+    verdict size-100 "editor back at 800x360: $back; Ardour's window $(window_size "$pw2")" test "$back" = 1
+  else
+    shot 20-no-resize 0
+    echo "FAIL size-200: the editor did not grow"; status=1
+  fi
+else
+  shot 19-no-size-menu 0
+  echo "FAIL size-menu: no popup"; status=1
 fi
 
 # 11. Quit with an editor open: Ardour must end cleanly.
