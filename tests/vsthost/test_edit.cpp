@@ -139,6 +139,19 @@ TEST(VsthostEdit, ShowsTapDelaysEditorWithItsMetersFollowingTheAudio) {
     EXPECT_GT(litLeft, 100u);
     EXPECT_GT(litRight, 100u);
     EXPECT_EQ(elsewhere, 0u);
+
+    // --scale 2, as a HiDPI host asks: the editor at twice the size, drawn
+    // from the 2x pictures.
+    const CommandRun large = Vsthost(common + "--scale 2 --screenshot '" + folder.file("large.png") + "'", settings);
+    ASSERT_EQ(large.status, 0) << large.output;
+    Picture twice(folder.file("large.png")), background2x(TAPDELAY_PLUGIN_DIR "/3005@2x.png");
+    ASSERT_TRUE(twice.Ok() && background2x.Ok());
+    ASSERT_EQ(twice.Width(), 1600);
+    ASSERT_EQ(twice.Height(), 720);
+    same = 0;
+    for (int y = 0; y < twice.Height(); y++)
+        for (int x = 0; x < twice.Width(); x++) same += twice.At(x, y) == background2x.At(x, y);
+    EXPECT_GT(same, static_cast<size_t>(twice.Width() * twice.Height() / 2));
 }
 
 // A plug-in with an X11 editor of its own, written for other hosts.
