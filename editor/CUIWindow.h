@@ -129,6 +129,8 @@ private:
     CVMQBitmap m_bmpSave;          // 5016
     CVMQBitmap m_bmpModified;      // 5017
 
+    CBitmap m_composed;  // the off-screen picture OnPaint composes in
+
     CFont m_valueFont;  // 9 points: every value text
     CFont m_entryFont;  // 12 points: the entry field
 
