@@ -8,7 +8,7 @@ PACKAGES=(
   googletest libgtest-dev
   libsndfile1-dev libcairo2-dev libx11-dev libfontconfig-dev
   clang libclang-rt-14-dev
-  libxtst-dev xvfb xauth xdotool x11-utils valgrind
+  libxtst-dev xvfb xauth xdotool x11-utils x11-xserver-utils valgrind
   lsp-plugins-vst zam-plugins
 )
 
