@@ -26,9 +26,10 @@ bool SameValue(float a, float b) { return a == b || (a != a && b != b); }
 TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
                          const LV2_Feature* const* features)
     : bundle(bundlePath ? bundlePath : "") {
+    // Without a URID map (a plain command-line host) there is no time input
+    // and no state: every URID stays 0, which matches nothing.
     map = static_cast<LV2_URID_Map*>(const_cast<void*>(Feature(features, LV2_URID__map)));
-    if (!map) return;
-    auto m = [this](const char* u) { return map->map(map->handle, u); };
+    auto m = [this](const char* u) { return map ? map->map(map->handle, u) : 0; };
     uri.atomBlank = m(LV2_ATOM__Blank);
     uri.atomObject = m(LV2_ATOM__Object);
     uri.atomFloat = m(LV2_ATOM__Float);
@@ -52,7 +53,7 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     auto* options = static_cast<const LV2_Options_Option*>(Feature(features, LV2_OPTIONS__options));
     LV2_URID maxBlock = m(LV2_BUF_SIZE__maxBlockLength);
     for (int i = 0; options && options[i].key; i++)
-        if (options[i].key == maxBlock && options[i].type == uri.atomInt)
+        if (map && options[i].key == maxBlock && options[i].type == uri.atomInt)
             effect->setBlockSize(*static_cast<const int32_t*>(options[i].value));
     timeInfo.sampleRate = sampleRate;
     NoteEffectParameters();
@@ -84,7 +85,7 @@ void TapDelayLv2::Activate() {
 }
 
 void TapDelayLv2::ReadTimeEvents() {
-    if (!timeIn) return;
+    if (!timeIn || !map) return;
     LV2_ATOM_SEQUENCE_FOREACH (timeIn, ev) {
         if (ev->body.type != uri.atomObject && ev->body.type != uri.atomBlank) continue;
         const auto* object = reinterpret_cast<const LV2_Atom_Object*>(&ev->body);
@@ -122,6 +123,7 @@ void TapDelayLv2::Run(uint32_t frames) {
 }
 
 bool TapDelayLv2::SaveBank(void* store, void* handle, uint32_t flags) {
+    if (!map) return false;
     void* data = nullptr;
     VstInt32 size = effect->getChunk(&data, false);
     if (size <= 0 || !data) return false;

@@ -27,7 +27,7 @@ class TapDelayLv2 {
 public:
     TapDelayLv2(double sampleRate, const char* bundlePath, const LV2_Feature* const* features);
     ~TapDelayLv2();
-    bool Valid() const { return effect != nullptr && map != nullptr; }
+    bool Valid() const { return effect != nullptr; }
 
     void Connect(uint32_t port, void* data);
     void Activate();

@@ -62,8 +62,8 @@ bool WritePlugin(std::ostream& out, const ATapDelayProgram& defaults, const std:
     out << kPrefixes;
     out << "<" TAPDELAY_LV2_URI ">\n  a lv2:Plugin, lv2:DelayPlugin ;\n  doap:name \"TapDelay\" ;\n"
         << "  lv2:binary <" << binary << "> ;\n"
-        << "  lv2:requiredFeature urid:map, lv2:inPlaceBroken ;\n"
-        << "  lv2:optionalFeature <http://lv2plug.in/ns/ext/options#options> ;\n"
+        << "  lv2:requiredFeature lv2:inPlaceBroken ;\n"
+        << "  lv2:optionalFeature urid:map, <http://lv2plug.in/ns/ext/options#options> ;\n"
         << "  lv2:extensionData state:interface ;\n"
         << "  ui:ui <" TAPDELAY_LV2_UI_URI "> ;\n";
     const char* audio[4][3] = {{"InputPort", "in_l", "Input L"}, {"InputPort", "in_r", "Input R"},
@@ -106,7 +106,7 @@ bool WritePlugin(std::ostream& out, const ATapDelayProgram& defaults, const std:
     out << " , [\n    a lv2:InputPort, atom:AtomPort ;\n    lv2:index " << kTimeIn
         << " ;\n    lv2:symbol \"time\" ;\n    lv2:name \"Time\" ;\n"
         << "    atom:bufferType atom:Sequence ;\n    atom:supports time:Position ;\n"
-        << "    lv2:designation lv2:control\n  ] .\n\n";
+        << "    lv2:designation lv2:control ;\n    lv2:portProperty lv2:connectionOptional\n  ] .\n\n";
 
     out << "<" TAPDELAY_LV2_UI_URI ">\n  a ui:X11UI ;\n  ui:binary <" << binary << "> ;\n"
         << "  lv2:requiredFeature ui:parent, <http://lv2plug.in/ns/ext/instance-access>, "
