@@ -61,6 +61,8 @@ public:
         if (resize && editor->getRect(&rect) && rect)
             resize->ui_resize(resize->handle, rect->right - rect->left, rect->bottom - rect->top);
         *widget = reinterpret_cast<LV2UI_Widget>(editor->GetWindow()->GetNativeWindow());
+        for (int index = 0; index < kNumParams; index++)
+            hostPorts[index] = ToPort(index, plugin->Effect()->getParameter(index));
         plugin->SetUiLink(this);
         return true;
     }
@@ -71,28 +73,41 @@ public:
 
     void ParameterMoved(int index, float normalised) override {
         if (!IsValidParam(index)) return;
-        float value = ToPort(index, normalised);
-        write(controller, (uint32_t)(kFirstParam + index), sizeof value, 0, &value);
+        WritePort(index, ToPort(index, normalised));
     }
 
     void PortEvent(uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
         int index = (int)port - kFirstParam;
         if (format != 0 || size != sizeof(float) || !IsValidParam(index) || !editor) return;
         float value = *static_cast<const float*>(buffer);
+        hostPorts[index] = value;
         static_cast<IEditorView*>(editor)->UpdateControl(index, ToNormalised(index, value));
     }
 
     int Idle() {
-        if (editor) editor->idle();
+        if (!editor) return 0;
+        editor->idle();
+        // Programs chosen in the editor and taps moved by tempo sync change the
+        // effect without automation: the host's ports are brought along.
+        for (int index = 0; index < kNumParams; index++) {
+            float value = ToPort(index, plugin->Effect()->getParameter(index));
+            if (value != hostPorts[index]) WritePort(index, value);
+        }
         return 0;
     }
 
 private:
+    void WritePort(int index, float value) {
+        hostPorts[index] = value;
+        write(controller, (uint32_t)(kFirstParam + index), sizeof value, 0, &value);
+    }
+
     TapDelayLv2* plugin;
     LV2UI_Write_Function write;
     LV2UI_Controller controller;
     CDelayEditor* editor = nullptr;
     float hostScale = 1.0f;
+    float hostPorts[kNumParams] = {};  // the port values the host holds, as far as we know
 };
 
 LV2UI_Handle Instantiate(const LV2UI_Descriptor*, const char*, const char*,
