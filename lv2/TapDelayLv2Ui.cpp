@@ -62,7 +62,7 @@ public:
             resize->ui_resize(resize->handle, rect->right - rect->left, rect->bottom - rect->top);
         *widget = reinterpret_cast<LV2UI_Widget>(editor->GetWindow()->GetNativeWindow());
         for (int index = 0; index < kNumParams; index++)
-            hostPorts[index] = ToPort(index, plugin->Effect()->getParameter(index));
+            hostPorts[index] = effectPorts[index] = ToPort(index, plugin->Effect()->getParameter(index));
         plugin->SetUiLink(this);
         return true;
     }
@@ -88,9 +88,13 @@ public:
         if (!editor) return 0;
         editor->idle();
         // Programs chosen in the editor and taps moved by tempo sync change the
-        // effect without automation: the host's ports are brought along.
+        // effect without automation: the host's ports are brought along. Only
+        // the effect's own changes count, so a host change on its way to the
+        // effect is never written back.
         for (int index = 0; index < kNumParams; index++) {
             float value = ToPort(index, plugin->Effect()->getParameter(index));
+            if (value == effectPorts[index]) continue;
+            effectPorts[index] = value;
             if (value != hostPorts[index]) WritePort(index, value);
         }
         return 0;
@@ -107,7 +111,8 @@ private:
     LV2UI_Controller controller;
     CDelayEditor* editor = nullptr;
     float hostScale = 1.0f;
-    float hostPorts[kNumParams] = {};  // the port values the host holds, as far as we know
+    float hostPorts[kNumParams] = {};    // the port values the host holds, as far as we know
+    float effectPorts[kNumParams] = {};  // the effect's values at the last idle
 };
 
 LV2UI_Handle Instantiate(const LV2UI_Descriptor*, const char*, const char*,

@@ -1,20 +1,31 @@
 // The bundle in a small lilv host of our own: state round trips and refuses
-// bad chunks, time:Position moves the synced taps.
+// bad chunks, time:Position moves the synced taps, and the editor opened as
+// the bundle's UI writes the ports its controls move (real X input).
+#include <dlfcn.h>
+
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <lilv/lilv.h>
 #include <lv2/atom/forge.h>
 #include <lv2/state/state.h>
+#include <lv2/instance-access/instance-access.h>
 #include <lv2/time/time.h>
+#include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
 #include "lv2/TapDelayLv2.h"
 #include "tests/support/TempFolder.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
 
 using namespace PortUnits;
 
@@ -244,6 +255,112 @@ TEST(Lv2Host, TimePositionTempoMovesTheSyncedTaps) {
     instance.SetControl("SyncNote", 1.0f);
     instance.Run();
     EXPECT_EQ(instance.Display(kParamDelayTime), "250.0");
+}
+
+}  // namespace
+
+namespace {
+
+// The UI in a plain X window at the screen's corner, clicked with XTest.
+TEST(Lv2Host, EditorClicksWriteThePortValues) {
+    const char* require = std::getenv("TAPDELAY_REQUIRE_X11");
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) {
+        if (require && *require == '1') FAIL() << "no X display";
+        GTEST_SKIP() << "no X display";
+    }
+    Lv2Host host;
+    Instance instance(host);
+    ASSERT_TRUE(instance.instance);
+    void* library = dlopen(TAPDELAY_LV2_DIR "/TapDelay_lv2.so", RTLD_NOW);
+    ASSERT_NE(library, nullptr);
+    auto uiDescriptor = reinterpret_cast<LV2UI_DescriptorFunction>(dlsym(library, "lv2ui_descriptor"));
+    ASSERT_NE(uiDescriptor, nullptr);
+    const LV2UI_Descriptor* descriptor = uiDescriptor(0);
+    ASSERT_STREQ(descriptor->URI, TAPDELAY_LV2_UI_URI);
+
+    Window parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 10, 10, 0, 0, 0);
+    XMapWindow(display, parent);
+    XSync(display, False);
+    struct Host {
+        Display* display;
+        Window parent;
+        int width = 0, height = 0;
+        std::map<uint32_t, float> written;
+    } state{display, parent, 0, 0, {}};
+    LV2UI_Resize resize{&state, [](LV2UI_Feature_Handle h, int width, int height) {
+                            auto* s = static_cast<Host*>(h);
+                            s->width = width;
+                            s->height = height;
+                            XResizeWindow(s->display, s->parent, (unsigned)width, (unsigned)height);
+                            XSync(s->display, False);
+                            return 0;
+                        }};
+    LV2_Feature parentFeature{LV2_UI__parent, reinterpret_cast<void*>(parent)};
+    LV2_Feature instanceFeature{LV2_INSTANCE_ACCESS_URI, instance.Handle()};
+    LV2_Feature resizeFeature{LV2_UI__resize, &resize};
+    LV2_Feature mapFeature{LV2_URID__map, &host.urids.map};
+    const LV2_Feature* features[] = {&parentFeature, &instanceFeature, &resizeFeature, &mapFeature, nullptr};
+    auto write = [](LV2UI_Controller c, uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
+        if (format == 0 && size == sizeof(float))
+            static_cast<Host*>(c)->written[port] = *static_cast<const float*>(buffer);
+    };
+    LV2UI_Widget widget = nullptr;
+    LV2UI_Handle ui = descriptor->instantiate(descriptor, TAPDELAY_LV2_URI, TAPDELAY_LV2_DIR, write, &state,
+                                              &widget, features);
+    ASSERT_NE(ui, nullptr);
+    EXPECT_NE(widget, nullptr);
+    EXPECT_EQ(state.width, 800);
+    EXPECT_EQ(state.height, 360);
+    auto idle = static_cast<const LV2UI_Idle_Interface*>(descriptor->extension_data(LV2_UI__idleInterface));
+    ASSERT_NE(idle, nullptr);
+    auto idleFor = [&](int milliseconds) {
+        auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+        while (std::chrono::steady_clock::now() < end) {
+            idle->idle(ui);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    };
+    idleFor(300);
+    state.written.clear();
+
+    // The delay switch of tap 0 (on in program 0), then the left quarter of
+    // its delay-time slider: 0.25 of 4000 ms.
+    std::thread user([] {
+        Display* input = XOpenDisplay(nullptr);
+        auto click = [input](int x, int y) {
+            XTestFakeMotionEvent(input, DefaultScreen(input), x, y, CurrentTime);
+            XTestFakeButtonEvent(input, 1, True, CurrentTime);
+            XTestFakeButtonEvent(input, 1, False, CurrentTime);
+            XSync(input, False);
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        };
+        click(79, 88);
+        click(138 + 27, 88);
+        XCloseDisplay(input);
+    });
+    idleFor(1000);
+    user.join();
+    idleFor(200);
+
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayOnOff], 0.0f);
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], 1000.0f);
+    // A change from the host reaches the editor's controls without a write back.
+    state.written.clear();
+    float gain = -12.0f;
+    descriptor->port_event(ui, kFirstParam + kParamDelayGain, sizeof gain, 0, &gain);
+    idleFor(100);
+    EXPECT_EQ(state.written.count(kFirstParam + kParamDelayGain), 0u);
+    // A program chosen in the editor changes the effect alone: the ports follow.
+    instance.Effect()->setProgram(instance.Effect()->getProgram() + 1);
+    idleFor(100);
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], ToPort(kParamDelayTime, instance.Effect()->getParameter(kParamDelayTime)));
+    EXPECT_EQ(state.written[kFirstParam + kParamOutput], ToPort(kParamOutput, instance.Effect()->getParameter(kParamOutput)));
+
+    descriptor->cleanup(ui);
+    XDestroyWindow(display, parent);
+    XCloseDisplay(display);
+    dlclose(library);
 }
 
 }  // namespace
