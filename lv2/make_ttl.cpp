@@ -62,7 +62,6 @@ bool WritePlugin(std::ostream& out, const ATapDelayProgram& defaults, const std:
     out << kPrefixes;
     out << "<" TAPDELAY_LV2_URI ">\n  a lv2:Plugin, lv2:DelayPlugin ;\n  doap:name \"TapDelay\" ;\n"
         << "  lv2:binary <" << binary << "> ;\n"
-        << "  lv2:requiredFeature lv2:inPlaceBroken ;\n"
         << "  lv2:optionalFeature urid:map, <http://lv2plug.in/ns/ext/options#options> ;\n"
         << "  lv2:extensionData state:interface ;\n"
         << "  ui:ui <" TAPDELAY_LV2_UI_URI "> ;\n";
