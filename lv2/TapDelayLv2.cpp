@@ -122,14 +122,13 @@ void TapDelayLv2::Run(uint32_t frames) {
         if (meters[m]) *meters[m] = levels[m];
 }
 
-bool TapDelayLv2::SaveBank(void* store, void* handle, uint32_t flags) {
+bool TapDelayLv2::SaveBank(LV2_State_Store_Function store, LV2_State_Handle handle) {
     if (!map) return false;
     void* data = nullptr;
     VstInt32 size = effect->getChunk(&data, false);
     if (size <= 0 || !data) return false;
-    auto storeFn = reinterpret_cast<LV2_State_Store_Function>(store);
-    return storeFn(static_cast<LV2_State_Handle>(handle), uri.bank, data, (size_t)size,
-                   uri.atomChunk, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE) == LV2_STATE_SUCCESS;
+    return store(handle, uri.bank, data, (size_t)size,
+                 uri.atomChunk, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE) == LV2_STATE_SUCCESS;
 }
 
 bool TapDelayLv2::RestoreBank(const void* data, size_t size) {
@@ -179,7 +178,7 @@ TapDelayLv2* Self(LV2_Handle handle) { return static_cast<TapDelayLv2*>(handle);
 
 LV2_State_Status Save(LV2_Handle handle, LV2_State_Store_Function store,
                       LV2_State_Handle stateHandle, uint32_t, const LV2_Feature* const*) {
-    return Self(handle)->SaveBank(reinterpret_cast<void*>(store), stateHandle, 0)
+    return Self(handle)->SaveBank(store, stateHandle)
                ? LV2_STATE_SUCCESS
                : LV2_STATE_ERR_UNKNOWN;
 }

@@ -8,6 +8,7 @@
 
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
+#include <lv2/state/state.h>
 #include <lv2/urid/urid.h>
 
 #include "effect/ATapDelay.h"
@@ -34,7 +35,7 @@ public:
     void Run(uint32_t frames);
 
     // The whole bank as the VST 2 chunk carries it.
-    bool SaveBank(void* store, void* handle, uint32_t flags);
+    bool SaveBank(LV2_State_Store_Function store, LV2_State_Handle handle);
     bool RestoreBank(const void* data, size_t size);
 
     LV2_URID BankKey() const { return uri.bank; }
