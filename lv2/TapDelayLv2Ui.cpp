@@ -1,0 +1,157 @@
+// The editor as an X11 UI of the bundle. It reaches the effect through
+// instance access and opens the same CDelayEditor the VST 2 host gets; the
+// controls the user moves go back to the host through write_function, so the
+// host's port values follow.
+#include <cstdint>
+#include <cstring>
+
+#include <lv2/instance-access/instance-access.h>
+#include <lv2/options/options.h>
+#include <lv2/ui/ui.h>
+#include <lv2/urid/urid.h>
+
+#include "editor/CDelayEditor.h"
+#include "editor/CUIWindow.h"
+#include "lv2/TapDelayLv2.h"
+
+using namespace PortUnits;
+
+namespace {
+
+const void* Feature(const LV2_Feature* const* features, const char* uri) {
+    for (int i = 0; features && features[i]; i++)
+        if (std::strcmp(features[i]->URI, uri) == 0) return features[i]->data;
+    return nullptr;
+}
+
+// The host's ui:scaleFactor, 1 when it gives none.
+float HostScale(const LV2_Feature* const* features) {
+    auto* map = static_cast<const LV2_URID_Map*>(Feature(features, LV2_URID__map));
+    auto* options = static_cast<const LV2_Options_Option*>(Feature(features, LV2_OPTIONS__options));
+    if (!map || !options) return 1.0f;
+    LV2_URID key = map->map(map->handle, LV2_UI__scaleFactor);
+    LV2_URID floatType = map->map(map->handle, LV2_ATOM__Float);
+    for (int i = 0; options[i].key; i++)
+        if (options[i].key == key && options[i].type == floatType) {
+            float scale = *static_cast<const float*>(options[i].value);
+            if (scale >= 1.0f && scale <= 4.0f) return scale;
+        }
+    return 1.0f;
+}
+
+class TapDelayLv2Ui : public Lv2UiLink {
+public:
+    TapDelayLv2Ui(TapDelayLv2* plugin, LV2UI_Write_Function write, LV2UI_Controller controller)
+        : plugin(plugin), write(write), controller(controller) {}
+
+    ~TapDelayLv2Ui() override {
+        plugin->SetUiLink(nullptr);
+        if (editor) editor->close();
+    }
+
+    bool Open(uintptr_t parent, float scale, const LV2UI_Resize* resize, LV2UI_Widget* widget) {
+        editor = static_cast<CDelayEditor*>(plugin->Effect()->getEditor());
+        if (!editor) return false;
+        ApplyScale(scale);
+        if (!editor->open(reinterpret_cast<void*>(parent))) {
+            editor = nullptr;
+            return false;
+        }
+        ERect* rect = nullptr;
+        if (resize && editor->getRect(&rect) && rect)
+            resize->ui_resize(resize->handle, rect->right - rect->left, rect->bottom - rect->top);
+        *widget = reinterpret_cast<LV2UI_Widget>(editor->GetWindow()->GetNativeWindow());
+        for (int index = 0; index < kNumParams; index++)
+            hostPorts[index] = effectPorts[index] = ToPort(index, plugin->Effect()->getParameter(index));
+        plugin->SetUiLink(this);
+        return true;
+    }
+
+    // The editor draws at its own scale; the host's factor is kept for when
+    // it can follow one (a SetScale call on the editor goes here).
+    void ApplyScale(float scale) { hostScale = scale; }
+
+    void ParameterMoved(int index, float normalised) override {
+        if (!IsValidParam(index)) return;
+        WritePort(index, ToPort(index, normalised));
+    }
+
+    void PortEvent(uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
+        int index = (int)port - kFirstParam;
+        if (format != 0 || size != sizeof(float) || !IsValidParam(index) || !editor) return;
+        float value = *static_cast<const float*>(buffer);
+        hostPorts[index] = value;
+        static_cast<IEditorView*>(editor)->UpdateControl(index, ToNormalised(index, value));
+    }
+
+    int Idle() {
+        if (!editor) return 0;
+        editor->idle();
+        // Programs chosen in the editor and taps moved by tempo sync change the
+        // effect without automation: the host's ports are brought along. Only
+        // the effect's own changes count, so a host change on its way to the
+        // effect is never written back.
+        for (int index = 0; index < kNumParams; index++) {
+            float value = ToPort(index, plugin->Effect()->getParameter(index));
+            if (value == effectPorts[index]) continue;
+            effectPorts[index] = value;
+            if (value != hostPorts[index]) WritePort(index, value);
+        }
+        return 0;
+    }
+
+private:
+    void WritePort(int index, float value) {
+        hostPorts[index] = value;
+        write(controller, (uint32_t)(kFirstParam + index), sizeof value, 0, &value);
+    }
+
+    TapDelayLv2* plugin;
+    LV2UI_Write_Function write;
+    LV2UI_Controller controller;
+    CDelayEditor* editor = nullptr;
+    float hostScale = 1.0f;
+    float hostPorts[kNumParams] = {};    // the port values the host holds, as far as we know
+    float effectPorts[kNumParams] = {};  // the effect's values at the last idle
+};
+
+LV2UI_Handle Instantiate(const LV2UI_Descriptor*, const char*, const char*,
+                         LV2UI_Write_Function write, LV2UI_Controller controller,
+                         LV2UI_Widget* widget, const LV2_Feature* const* features) {
+    auto* instance = static_cast<TapDelayLv2*>(
+        const_cast<void*>(Feature(features, LV2_INSTANCE_ACCESS_URI)));
+    const void* parent = Feature(features, LV2_UI__parent);
+    if (!instance || !parent || !write) return nullptr;
+    auto* resize = static_cast<const LV2UI_Resize*>(Feature(features, LV2_UI__resize));
+    auto* ui = new TapDelayLv2Ui(instance, write, controller);
+    if (ui->Open(reinterpret_cast<uintptr_t>(parent), HostScale(features), resize, widget))
+        return ui;
+    delete ui;
+    return nullptr;
+}
+
+TapDelayLv2Ui* Self(LV2UI_Handle handle) { return static_cast<TapDelayLv2Ui*>(handle); }
+
+int Idle(LV2UI_Handle handle) { return Self(handle)->Idle(); }
+
+const void* ExtensionData(const char* uri) {
+    static const LV2UI_Idle_Interface idle = {Idle};
+    if (std::strcmp(uri, LV2_UI__idleInterface) == 0) return &idle;
+    return nullptr;
+}
+
+const LV2UI_Descriptor kDescriptor = {
+    TAPDELAY_LV2_UI_URI,
+    Instantiate,
+    [](LV2UI_Handle h) { delete Self(h); },
+    [](LV2UI_Handle h, uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
+        Self(h)->PortEvent(port, size, format, buffer);
+    },
+    ExtensionData,
+};
+
+}  // namespace
+
+extern "C" LV2_SYMBOL_EXPORT const LV2UI_Descriptor* lv2ui_descriptor(uint32_t index) {
+    return index == 0 ? &kDescriptor : nullptr;
+}
