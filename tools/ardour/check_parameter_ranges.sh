@@ -19,4 +19,6 @@ cp -r "$build/TapDelay" "$work/vst/"
 export XDG_CONFIG_HOME="$work/config" XDG_CACHE_HOME="$work/cache" LXVST_PATH="$work/vst"
 LD_LIBRARY_PATH=/usr/lib/ardour7 /usr/lib/ardour7/ardour-vst-scanner -f -q "$work/vst/TapDelay/TapDelay.so"
 touch -d '+5 seconds' "$XDG_CACHE_HOME"/ardour7/vst/*.v2i
-ardour7-lua "$here/parameter_ranges.lua" "$work/session" 2>&1 | grep -E '^param|Error'
+out=$(ardour7-lua "$here/parameter_ranges.lua" "$work/session" 2>&1 || true)
+grep -E '^(param|PASS|FAIL)|Error' <<< "$out" || true
+grep -q '^PASS' <<< "$out"

@@ -12,6 +12,9 @@ assert(not proc:isnil(), "Ardour does not know TapDelay")
 assert(track:add_processor_by_index(proc, 0, nil, true) == 0, "cannot add TapDelay")
 local plugin = proc:to_insert():plugin(0)
 
+local names = {[60] = "TempoSync", [33] = "FilterType0", [61] = "SyncNote", [1] = "Output", [45] = "FilterQ0"}
+local wanted = {[60] = 2, [33] = 3, [61] = 4}  -- values each must reach
+local ok = true
 for _, i in ipairs({60, 33, 61, 1, 45}) do
   local _, t = plugin:get_parameter_descriptor(i, ARDOUR.ParameterDescriptor())
   local d = t[2]
@@ -23,7 +26,10 @@ for _, i in ipairs({60, 33, 61, 1, 45}) do
     reached[#reached + 1] = string.format("%.4g", ARDOUR.LuaAPI.get_processor_param(proc, i))
   end
   print(string.format("param %2d %-12s lower %g upper %g toggled %s integer_step %s rangesteps %d step %g | steps set: %s",
-                      i, plugin:parameter_label(i), d.lower, d.upper, tostring(d.toggled), tostring(d.integer_step),
+                      i, names[i], d.lower, d.upper, tostring(d.toggled), tostring(d.integer_step),
                       d.rangesteps, d.step, table.concat(reached, " ")))
+  if wanted[i] and #reached ~= wanted[i] then ok = false end
 end
+print(ok and "PASS Ardour's controls reach both switch states, three filter types and four notes"
+         or "FAIL a control does not reach every value")
 close_session()
