@@ -177,7 +177,7 @@ private:
     void EndGesture();
     void OpenSaveDialog();
     // Refresh helper (UIWindowRefresh.cpp).
-    void SetSwitchFromValue(CVMQBitmapSwitch2DC& sw, int parameter, float value, CDC* dc);
+    void SetSwitchFromValue(CVMQBitmapSwitch2DC& sw, float value, CDC* dc);
 };
 
 // The parameter written by a control id, or -1 (ids without a parameter).

@@ -8,9 +8,11 @@
 #include "editor/CUIWindow.h"
 #include "effect/ATapDelay.h"
 
-void CUIWindow::SetSwitchFromValue(CVMQBitmapSwitch2DC& sw, int parameter, float value, CDC* dc) {
-    int state = parameter == kParamTempoSync ? static_cast<int>(NormalizeValToDWValue(parameter, value))
-                                             : static_cast<int>(value);
+// Every switch, tempo sync included, shows the integer part of its value:
+// NormalizeValToDWValue answers 0 for everything and would leave tempo sync
+// showing "off" after each program load or host change.
+void CUIWindow::SetSwitchFromValue(CVMQBitmapSwitch2DC& sw, float value, CDC* dc) {
+    int state = static_cast<int>(value);
     if (sw.GetValue() != (state != 0 ? 1 : 0)) sw.SetValue(state, false);
     sw.DrawSwitch(dc);
 }
@@ -44,15 +46,15 @@ void CUIWindow::UpdateControl(int parameter, float value) {
     } else if (inGroup(kParamFilterQ)) {
         m_qKnob[tap].SetValue(value, &dc, false);
     } else if (parameter == kParamOnOff) {
-        SetSwitchFromValue(m_powerSwitch, parameter, value, &dc);
+        SetSwitchFromValue(m_powerSwitch, value, &dc);
     } else if (inGroup(kParamDelayOnOff)) {
-        SetSwitchFromValue(m_delaySwitch[tap], parameter, value, &dc);
+        SetSwitchFromValue(m_delaySwitch[tap], value, &dc);
     } else if (inGroup(kParamFilterOnOff)) {
-        SetSwitchFromValue(m_eqSwitch[tap], parameter, value, &dc);
+        SetSwitchFromValue(m_eqSwitch[tap], value, &dc);
     } else if (parameter == kParamFeedBackOnOff) {
-        SetSwitchFromValue(m_feedbackSwitch, parameter, value, &dc);
+        SetSwitchFromValue(m_feedbackSwitch, value, &dc);
     } else if (parameter == kParamTempoSync) {
-        SetSwitchFromValue(m_tempoSyncSwitch, parameter, value, &dc);
+        SetSwitchFromValue(m_tempoSyncSwitch, value, &dc);
     } else if (inGroup(kParamFilterType)) {
         InvalidateRect(&m_eqTypeDisp[tap], TRUE);
     } else if (parameter == kParamSyncNote) {

@@ -84,20 +84,22 @@ float ATapDelay::getParameterDisplayVal(int index) {
     return value < 0.0f ? value + -0.05f : value + 0.05f;
 }
 
+// Only what hosts read as we mean it: the label, the switch flag for the
+// two-state parameters, and for the selectors (filter types, sync note) a
+// float step that lands on each of their values. No integer ranges: hosts
+// that honour them send the integer itself through setParameter, which is
+// not our normalised value.
 bool ATapDelay::getParameterProperties(VstInt32 index, VstParameterProperties* p) {
     std::memset(p, 0, sizeof *p);
     getParameterLabel(index, p->label);
-    if (IsValidParam(index)) {
-        const ParamMinMax& record = AutomateParamMinMax_Tbl[index];
-        p->flags = record.stepped ? (kVstParameterIsSwitch | kVstParameterUsesIntegerMinMax |
-                                     kVstParameterUsesIntStep)
-                                  : (kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep);
-        p->minInteger = (VstInt32)record.min;
-        p->maxInteger = (VstInt32)record.max;
+    if (!IsValidParam(index)) return true;
+    const ParamMinMax& record = AutomateParamMinMax_Tbl[index];
+    if (IsSwitchParam(index)) {
+        p->flags = kVstParameterIsSwitch;
+    } else if (record.stepped) {
+        p->flags = kVstParameterUsesFloatStep;
+        p->stepFloat = p->smallStepFloat = p->largeStepFloat = (float)(1.0 / (record.max - record.min));
     }
-    p->stepInteger = 128;
-    p->largeStepInteger = 256;
-    p->displayIndex = (VstInt16)index;
     return true;
 }
 

@@ -31,10 +31,15 @@
 // |                               |                          |                                                         | only frees what is left (toolkit/x11/X11ErrorRouting.h) |
 // | Host data in AEffect          | hosts that keep their    | write their own pointers into AEffect's resvd1 / resvd2 | nothing reads or writes the reserved fields; the effect |
 // |                               | wrapper there            |                                                         | is found through AEffect::object only                   |
-// | Switch flag on a selector     | Ardour 7                 | shows a parameter flagged kVstParameterIsSwitch as an   | nothing in the plug-in: programs and the editor still   |
-// |                               |                          | on/off toggle even with an integer range of 0..3, so    | reach every note value                                  |
-// |                               |                          | its own controls send SyncNote only 0 or 1 ("Quarter",  |                                                         |
-// |                               |                          | "32th")                                                 |                                                         |
+// | Switch flag on a selector     | Ardour 7                 | shows a parameter flagged kVstParameterIsSwitch as an   | the switch flag only on the two-state parameters; the   |
+// |                               |                          | on/off toggle even with an integer range of 0..3, so    | selectors (FilterType0-5, SyncNote) announce a float    |
+// |                               |                          | its controls sent SyncNote only 0 or 1 ("Quarter",      | step of 1/2 or 1/3 instead, from which Ardour makes a   |
+// |                               |                          | "32th") and a filter type only "L-SH" or "PK"           | stepped control reaching every value                    |
+// | Integer ranges taken          | Qtractor (Debian 12:     | honours kVstParameterUsesIntegerMinMax literally: on    | no integer minimum, maximum or step for any parameter   |
+// | literally                     | 0.9.31)                  | every session load it sends setParameter the value in   | (our values are normalised 0..1, never the integer);    |
+// |                               |                          | minInteger..maxInteger after the chunk (a cutoff as     | vsthost validate sets every parameter the way such a    |
+// |                               |                          | 20.0, a gain as 0.0), and a switch-flagged selector as  | host would and requires an unchanged state;             |
+// |                               |                          | 0 or 1                                                  | tools/qtractor/check_session.sh checks it in Qtractor   |
 #pragma once
 
 #include <string>

@@ -238,3 +238,42 @@ TEST(EditorScale, EachSizeDrawsItsOwnPicturesAndTakesLogicalPoints) {
         EXPECT_EQ(field.top - origin.y, 80);
     }
 }
+
+// The tempo-sync switch shows the effect's state after every change from
+// outside the editor (programs that turn it on or off, the host) exactly as
+// an editor opened on that state shows it.
+TEST(EditorWindow, TheTempoSyncSwitchShowsTheEffectsState) {
+    EditorFixture fixture;
+    const CRect tempoSync(149, 336, 163, 348);
+    auto switchPixels = [&] {
+        cairo_surface_t* shown = fixture.Capture();
+        std::vector<uint32_t> pixels;
+        for (int y = tempoSync.top; y < tempoSync.bottom; y++)
+            for (int x = tempoSync.left; x < tempoSync.right; x++) pixels.push_back(PixelAt(shown, x, y));
+        cairo_surface_destroy(shown);
+        return pixels;
+    };
+    struct Step {
+        const char* what;
+        int program;  // -1: the host sets TempoSync instead
+        float tempoSync;
+    };
+    const Step steps[] = {{"host: off", -1, 0.0f},
+                          {"program 5, \"8th Note Echo\": on", 5, 1.0f},
+                          {"program 1, \"Slapback\": off", 1, 0.0f},
+                          {"host: on", -1, 1.0f}};
+    std::vector<uint32_t> shownFor[2];
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.what);
+        if (s.program >= 0)
+            fixture.effect().setProgram(s.program);
+        else
+            fixture.effect().setParameter(60, s.tempoSync);
+        ASSERT_EQ(fixture.effect().getParameter(60), s.tempoSync);
+        const std::vector<uint32_t> followed = switchPixels();
+        fixture.Reopen();
+        EXPECT_EQ(followed, switchPixels()) << "differs from a freshly opened editor";
+        shownFor[s.tempoSync == 1.0f] = followed;
+    }
+    EXPECT_NE(shownFor[0], shownFor[1]) << "on and off look different";
+}

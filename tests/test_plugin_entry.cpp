@@ -163,28 +163,48 @@ TEST_F(Dispatcher, ProgramNumbersOutsideTheBankAreIgnored) {
     EXPECT_EQ(plugin.dispatch(effGetProgramNameIndexed, 0, 7, text), 1);  // category ignored
 }
 
-TEST_F(Dispatcher, ParameterPropertiesFollowTheTable) {
-    struct Case {
-        int index, flags, minimum, maximum;
+// Properties answer only what hosts read as meant: the label, the switch
+// flag for two-state parameters, float steps that land on each selector
+// value; never an integer range (hosts that honour one send the integer).
+TEST_F(Dispatcher, ParameterPropertiesForAllParameters) {
+    struct Group {
+        int first, count, flags;
+        float step;
         const char* label;
     };
-    const Case cases[] = {{45, 10, 0, 10, ""},       // FilterQ0
-                          {1, 10, 0, 2, "dB"},       // Output
-                          {61, 11, 0, 3, ""},        // SyncNote, stepped
-                          {39, 10, -12, 12, "dB"},   // FilterGain0
-                          {27, 10, 20, 20000, "Hz"}};  // FilterCutoff0
-    for (const Case& c : cases) {
-        VstParameterProperties p;
-        std::memset(&p, 0x55, sizeof p);
-        EXPECT_EQ(plugin.dispatch(effGetParameterProperties, c.index, 0, &p), 1);
-        EXPECT_EQ(p.flags, c.flags) << c.index;
-        EXPECT_EQ(p.minInteger, c.minimum) << c.index;
-        EXPECT_EQ(p.maxInteger, c.maximum) << c.index;
-        EXPECT_STREQ(p.label, c.label) << c.index;
-        EXPECT_EQ(p.stepInteger, 128);
-        EXPECT_EQ(p.largeStepInteger, 256);
-        EXPECT_EQ(p.displayIndex, c.index);
-        EXPECT_EQ(p.stepFloat, 0.0f);  // the whole record was cleared
-        EXPECT_EQ(p.category, 0);
+    const Group table[] = {
+        {0, 1, kVstParameterIsSwitch, 0.0f, ""},            // ON/OFF
+        {1, 2, 0, 0.0f, "dB"},                              // Output, Input
+        {3, 6, 0, 0.0f, "ms"},                              // DelayTime
+        {9, 6, 0, 0.0f, "dB"},                              // DelayGain
+        {15, 6, 0, 0.0f, ""},                               // DelayPan
+        {21, 6, kVstParameterIsSwitch, 0.0f, ""},           // DelayON/OFF
+        {27, 6, 0, 0.0f, "Hz"},                             // FilterCutoff
+        {33, 6, kVstParameterUsesFloatStep, 0.5f, ""},      // FilterType: 0, 0.5, 1
+        {39, 6, 0, 0.0f, "dB"},                             // FilterGain
+        {45, 6, 0, 0.0f, ""},                               // FilterQ
+        {51, 6, kVstParameterIsSwitch, 0.0f, ""},           // FilterON/OFF
+        {57, 1, kVstParameterIsSwitch, 0.0f, ""},           // FeedBackON/OFF
+        {58, 2, 0, 0.0f, "%"},                              // FeedBack, Balance
+        {60, 1, kVstParameterIsSwitch, 0.0f, ""},           // TempoSync
+        {61, 1, kVstParameterUsesFloatStep, 1.0f / 3, ""},  // SyncNote: four notes
+    };
+    int covered = 0;
+    for (const Group& g : table) {
+        for (int index = g.first; index < g.first + g.count; index++, covered++) {
+            VstParameterProperties p;
+            std::memset(&p, 0x55, sizeof p);
+            EXPECT_EQ(plugin.dispatch(effGetParameterProperties, index, 0, &p), 1);
+            EXPECT_EQ(p.flags, g.flags) << index;
+            EXPECT_STREQ(p.label, g.label) << index;
+            EXPECT_EQ(p.stepFloat, g.step) << index;
+            EXPECT_EQ(p.smallStepFloat, g.step) << index;
+            EXPECT_EQ(p.largeStepFloat, g.step) << index;
+            EXPECT_EQ(p.minInteger, 0) << index;  // the rest of the record cleared
+            EXPECT_EQ(p.maxInteger, 0) << index;
+            EXPECT_EQ(p.stepInteger, 0) << index;
+            EXPECT_EQ(p.category, 0) << index;
+        }
     }
+    EXPECT_EQ(covered, 62);
 }

@@ -94,6 +94,23 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
         if (paramInRange)
             snprintf(text, 16, "%.2f", f->value(index) * (index == 0 ? 2.0f : 1.0f));
         return 0;
+    case effGetParameterProperties: {
+        // "Shape" moves in quarters; the "intrange" fault also announces
+        // the gain as the integers 0 to 2, which its setParameter does not take.
+        if (!paramInRange)
+            return 0;
+        VstParameterProperties* p = static_cast<VstParameterProperties*>(ptr);
+        memset(p, 0, sizeof *p);
+        if (index == 1) {
+            p->flags = kVstParameterUsesFloatStep;
+            p->stepFloat = p->smallStepFloat = p->largeStepFloat = 0.25f;
+        } else if (f->is("intrange")) {
+            p->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;
+            p->maxInteger = 2;
+            p->stepInteger = p->largeStepInteger = 1;
+        }
+        return 1;
+    }
     case effGetEffectName:
         if (f->is("text"))
             memset(text, 'x', 300);  // no terminating zero

@@ -69,6 +69,8 @@ TEST(Validator, EachFaultIsFoundByItsCheck) {
     expectFailure("hum", "tail ends in exact silence", "silence in gives");
     expectFailure("chunk", "chunks round-trip bit for bit", "differs");
     expectFailure("text", "texts terminated and in bounds", "no terminating zero");
+    expectFailure("intrange", "parameters set as their properties announce",
+                  "parameter 0 (properties flags 10, integers 0 to 2) shows \"4.00\" instead of \"2.00\"");
 }
 
 TEST(Validator, CommandLineExitStatus) {

@@ -603,6 +603,61 @@ std::string checkParameters(Fixture& f) {
                   host->numParams(), notReadBack);
 }
 
+// The value a host that honours a parameter's properties sends for the
+// normalised value n: an integer range taken literally (n mapped into it and
+// rounded), a float step snapped to, a switch as 0 or 1.
+float honouredValue(const VstParameterProperties& p, float n) {
+    if (p.flags & kVstParameterUsesIntegerMinMax)
+        return std::round(p.minInteger + n * (float)(p.maxInteger - p.minInteger));
+    if ((p.flags & kVstParameterUsesFloatStep) && p.stepFloat > 0.0f)
+        return std::round(n / p.stepFloat) * p.stepFloat;
+    if (p.flags & kVstParameterIsSwitch)
+        return n >= 0.5f ? 1.0f : 0.0f;
+    return n;
+}
+
+// What a host such as Qtractor does on every session load: read the
+// properties, then set each parameter in the form they announce. What the
+// plug-in shows must not change.
+std::string checkHonouredProperties(Fixture& f) {
+    auto host = f.instance();
+    Random random(f.options().seed + 5);
+    int announced = 0;
+    std::vector<VstParameterProperties> properties(host->numParams());
+    for (int i = 0; i < host->numParams(); ++i) {
+        memset(&properties[i], 0, sizeof properties[i]);
+        if (host->dispatch(effGetParameterProperties, i, 0, &properties[i]) && properties[i].flags)
+            ++announced;
+        else
+            properties[i].flags = 0;
+    }
+    if (announced == 0)
+        throw CheckSkipped("no parameter announces properties");
+    // A state the plug-in itself makes (a program), with the plain values
+    // moved anywhere.
+    if (host->numPrograms() > 1)
+        host->setProgram(host->numPrograms() / 2);
+    for (int i = 0; i < host->numParams(); ++i)
+        if (properties[i].flags == 0)
+            host->setParam(i, (float)random.uniform());
+    std::vector<std::string> shown;
+    for (int i = 0; i < host->numParams(); ++i)
+        shown.push_back(host->paramDisplay(i));
+    for (int i = 0; i < host->numParams(); ++i)
+        host->setParam(i, honouredValue(properties[i], host->getParam(i)));
+    for (int i = 0; i < host->numParams(); ++i)
+        require(host->paramDisplay(i) == shown[i],
+                format("parameter %d (properties flags %d%s) shows \"%s\" instead of \"%s\" after "
+                       "being set as its properties announce",
+                       i, properties[i].flags,
+                       (properties[i].flags & kVstParameterUsesIntegerMinMax)
+                           ? format(", integers %d to %d", properties[i].minInteger,
+                                    properties[i].maxInteger).c_str()
+                           : "",
+                       host->paramDisplay(i).c_str(), shown[i].c_str()));
+    return format("%d parameters with properties set as announced; every display unchanged", announced);
+}
+
 std::string checkPrograms(Fixture& f) {
     auto host = f.instance();
     const int programs = std::min(host->numPrograms(), 256);
@@ -891,6 +946,7 @@ const CheckEntry kChecks[] = {
     {"result independent of block size", checkBlockIndependence},
     {"single and double precision", checkPrecisions},
     {"parameters", checkParameters},
+    {"parameters set as their properties announce", checkHonouredProperties},
     {"programs", checkPrograms},
     {"changes from a second thread", checkThreads},
     {"chunks round-trip bit for bit", checkChunks},
