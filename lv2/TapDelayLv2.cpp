@@ -157,6 +157,9 @@ VstIntPtr TapDelayLv2::Answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, 
     case audioMasterAutomate:
         if (Lv2UiLink* link = uiLink.load()) link->ParameterMoved(index, opt);
         return 0;
+    case audioMasterSizeWindow:
+        if (Lv2UiLink* link = uiLink.load()) return link->SizeRequested(index, (int)value) ? 1 : 0;
+        return 0;
     default:
         return 0;
     }

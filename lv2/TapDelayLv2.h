@@ -18,10 +18,12 @@
 #define TAPDELAY_LV2_UI_URI TAPDELAY_LV2_URI "#ui"
 #define TAPDELAY_LV2_BANK_URI TAPDELAY_LV2_URI "#bank"
 
-// Where the editor's automation goes: the UI's write_function.
+// Where the editor's automation goes (the UI's write_function), and its
+// requests for a new size (the host's ui:resize).
 struct Lv2UiLink {
     virtual ~Lv2UiLink() = default;
     virtual void ParameterMoved(int index, float normalised) = 0;
+    virtual bool SizeRequested(int width, int height) = 0;
 };
 
 class TapDelayLv2 {

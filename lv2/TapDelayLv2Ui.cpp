@@ -24,11 +24,12 @@ const void* Feature(const LV2_Feature* const* features, const char* uri) {
     return nullptr;
 }
 
-// The host's ui:scaleFactor, 1 when it gives none.
+// The host's ui:scaleFactor, 0 when it gives none (the editor then follows
+// the user's choice or the desktop).
 float HostScale(const LV2_Feature* const* features) {
     auto* map = static_cast<const LV2_URID_Map*>(Feature(features, LV2_URID__map));
     auto* options = static_cast<const LV2_Options_Option*>(Feature(features, LV2_OPTIONS__options));
-    if (!map || !options) return 1.0f;
+    if (!map || !options) return 0.0f;
     LV2_URID key = map->map(map->handle, LV2_UI__scaleFactor);
     LV2_URID floatType = map->map(map->handle, LV2_ATOM__Float);
     for (int i = 0; options[i].key; i++)
@@ -36,7 +37,7 @@ float HostScale(const LV2_Feature* const* features) {
             float scale = *static_cast<const float*>(options[i].value);
             if (scale >= 1.0f && scale <= 4.0f) return scale;
         }
-    return 1.0f;
+    return 0.0f;
 }
 
 class TapDelayLv2Ui : public Lv2UiLink {
@@ -52,7 +53,8 @@ public:
     bool Open(uintptr_t parent, float scale, const LV2UI_Resize* resize, LV2UI_Widget* widget) {
         editor = static_cast<CDelayEditor*>(plugin->Effect()->getEditor());
         if (!editor) return false;
-        ApplyScale(scale);
+        this->resize = resize;
+        if (scale > 0.0f) editor->SetScale(scale);
         if (!editor->open(reinterpret_cast<void*>(parent))) {
             editor = nullptr;
             return false;
@@ -67,9 +69,10 @@ public:
         return true;
     }
 
-    // The editor draws at its own scale; the host's factor is kept for when
-    // it can follow one (a SetScale call on the editor goes here).
-    void ApplyScale(float scale) { hostScale = scale; }
+    // The editor's Size menu asks for its new size through the host callback.
+    bool SizeRequested(int width, int height) override {
+        return resize && resize->ui_resize(resize->handle, width, height) == 0;
+    }
 
     void ParameterMoved(int index, float normalised) override {
         if (!IsValidParam(index)) return;
@@ -110,7 +113,7 @@ private:
     LV2UI_Write_Function write;
     LV2UI_Controller controller;
     CDelayEditor* editor = nullptr;
-    float hostScale = 1.0f;
+    const LV2UI_Resize* resize = nullptr;
     float hostPorts[kNumParams] = {};    // the port values the host holds, as far as we know
     float effectPorts[kNumParams] = {};  // the effect's values at the last idle
 };

@@ -112,6 +112,7 @@ bool WritePlugin(std::ostream& out, const ATapDelayProgram& defaults, const std:
            "ui:idleInterface ;\n"
         << "  lv2:optionalFeature ui:resize, ui:noUserResize, "
            "<http://lv2plug.in/ns/ext/options#options> ;\n"
+        << "  <http://lv2plug.in/ns/ext/options#supportedOption> ui:scaleFactor ;\n"
         << "  lv2:extensionData ui:idleInterface .\n";
     return ok;
 }
