@@ -18,6 +18,7 @@
 #include <lv2/state/state.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/time/time.h>
+#include <lv2/options/options.h>
 #include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
@@ -357,6 +358,20 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], ToPort(kParamDelayTime, instance.Effect()->getParameter(kParamDelayTime)));
     EXPECT_EQ(state.written[kFirstParam + kParamOutput], ToPort(kParamOutput, instance.Effect()->getParameter(kParamOutput)));
 
+    descriptor->cleanup(ui);
+
+    // A host's ui:scaleFactor of 2 opens the editor at 200 %.
+    float two = 2.0f;
+    const LV2_Options_Option options[] = {
+        {LV2_OPTIONS_INSTANCE, 0, host.urids.map.map(host.urids.map.handle, LV2_UI__scaleFactor), sizeof two,
+         host.urids.map.map(host.urids.map.handle, LV2_ATOM__Float), &two},
+        {LV2_OPTIONS_INSTANCE, 0, 0, 0, 0, nullptr}};
+    LV2_Feature optionsFeature{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)};
+    const LV2_Feature* scaled[] = {&parentFeature, &instanceFeature, &resizeFeature, &mapFeature, &optionsFeature, nullptr};
+    ui = descriptor->instantiate(descriptor, TAPDELAY_LV2_URI, TAPDELAY_LV2_DIR, write, &state, &widget, scaled);
+    ASSERT_NE(ui, nullptr);
+    EXPECT_EQ(state.width, 1600);
+    EXPECT_EQ(state.height, 720);
     descriptor->cleanup(ui);
     XDestroyWindow(display, parent);
     XCloseDisplay(display);
