@@ -64,7 +64,7 @@ TEST(ParamSearch, DisplayValuesLandOnTheExactNormalisedValue) {
         {"Time=250ms", 0.0625f}, {"Time=0.5s", 0.125f}, {"Time:=100", 0.025f}, {"Time=4000ms", 1.0f},
         {"Time=0ms", 0.0f},      {"Type=PK", 0.5f},     {"Switch=ON", 1.0f},   {"Switch=OFF", 0.0f},
         {"Falling=25%", 0.75f},  {"4=0.5", 0.5f},       // by index, normalised
-        {"falling=0.25", 0.25f},  // a name in another case
+        {" falling = 0.25 ", 0.25f},  // a name in another case, spaces
         {"Type=h-sh", 1.0f},
     };
     ModelParams m = delayModel();  // each search starts where the last one left the parameter
