@@ -1,7 +1,7 @@
-// The numeric entry fields on the headless screen (and the typing case on
-// X11 too): the floating window's sizes from the font, what typed keys do to
-// the text and the value text, Return and Escape with their messages, the
-// key path a host's forwarded keys take, and the unit fields' formats.
+// The numeric entry fields on the headless screen (typing under X11 is tested
+// through the editor): the floating window's sizes from the font, what typed
+// keys do to the text and the value text, Return and Escape with their
+// messages, the key path a host's forwarded keys take, and the unit fields.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -12,13 +12,11 @@
 
 #include "editor/CUnitEdits.h"
 #include "editor/CVMQFloatEditWnd.h"
-#include "tests/toolkit/ControlHost.h"
 #include "tests/toolkit/TestEnvironment.h"
 #include "toolkit/CDC.h"
 #include "toolkit/CWinApp.h"
 #include "toolkit/Gdi.h"
 #include "toolkit/WindowClasses.h"
-#include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
 
@@ -108,8 +106,14 @@ public:
     }
 };
 
-class EntryFieldsBase {
+class EntryFields : public ::testing::Test {
 protected:
+    void SetUp() override {
+        ASSERT_TRUE(Open(MakeHeadlessEnvironment()));
+        MakeEntry();
+    }
+    void TearDown() override { Close(); }
+
     static constexpr int kHostX = 100, kHostY = 100;
 
     bool Open(std::unique_ptr<TestEnvironment> environment) {
@@ -169,15 +173,6 @@ protected:
     EntryOwner owner;
     CFont font12;
     RecordingEntry entry;
-};
-
-class EntryFields : public EntryFieldsBase, public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(Open(MakeHeadlessEnvironment()));
-        MakeEntry();
-    }
-    void TearDown() override { Close(); }
 };
 
 TEST_F(EntryFields, TheWindowIsMadeHiddenAndSizedFromTheLetterAAndTheSystemMetrics) {
@@ -433,45 +428,5 @@ TEST_F(EntryFields, TheUnitFieldsShowTheirFormats) {
         EXPECT_EQ(std::string(valueText), "1250");
     }
 }
-
-// Typing through the whole input path of each environment: on X11 the keys
-// reach the field only if it took the keyboard focus for real.
-class EntryFieldsOnScreen : public EntryFieldsBase, public ::testing::TestWithParam<std::string> {
-protected:
-    void SetUp() override {
-        std::unique_ptr<TestEnvironment> environment = MakeEnvironmentNamed(GetParam());
-        if (!environment) {
-            if (X11IsRequired()) FAIL() << "no X server at $DISPLAY";
-            GTEST_SKIP() << "no X server at $DISPLAY";
-        }
-        ASSERT_TRUE(Open(std::move(environment)));
-        MakeEntry();
-    }
-    void TearDown() override { Close(); }
-};
-
-TEST_P(EntryFieldsOnScreen, TypedKeysReachTheFieldAndReturnConfirms) {
-    OpenEntry(125, 0, 1000, false, 6);
-    if (GetParam() == "headless") {
-        EXPECT_EQ(headless::KeyboardFocus(), owner.GetNativeWindow());
-    }
-    Type("42.5");
-    Key(kLeft);
-    Key(kBackspace);
-    EXPECT_EQ(Shown(Field()), "425");
-    Key(kReturn);
-    EXPECT_EQ(owner.notes, (std::vector<EntryOwner::Note>{{WM_ENTRY_RETURN, 0, 0, "4250"}}));
-    EXPECT_FALSE(entry.IsWindowVisible());
-
-    OpenEntry(-20, -100, 100, true, 4);
-    Type("-3");
-    Key(kEscape);
-    EXPECT_EQ(owner.notes.back(), (EntryOwner::Note{WM_ENTRY_ESCAPE, 0, 0, "-30"}));
-    EXPECT_EQ(CWnd::GetFocus(), &owner);
-}
-
-INSTANTIATE_TEST_SUITE_P(Environments, EntryFieldsOnScreen,
-                         ::testing::ValuesIn(ControlEnvironmentNames()),
-                         [](const ::testing::TestParamInfo<std::string>& info) { return info.param; });
 
 }  // namespace
