@@ -28,12 +28,12 @@ cmake -S . -B "$FOLDER" -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
   -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage >/dev/null
 cmake --build "$FOLDER" -j"$JOBS"
 find "$FOLDER" -name '*.gcda' -delete
-ctest --test-dir "$FOLDER" -j"$JOBS" | tail -3 || true
+ctest --test-dir "$FOLDER" -j"$JOBS" > "$FOLDER/ctest.log" || true
+grep -E 'tests passed' "$FOLDER/ctest.log"
 
-folders=(host effect dsp editor toolkit lv2)
-filters=()
-for folder in "${folders[@]}"; do
-  [ -d "$folder" ] && filters+=(--filter "$folder/")
+folders=() filters=()
+for folder in host effect dsp editor toolkit lv2; do
+  [ -d "$folder" ] && folders+=("$folder/") && filters+=(--filter "$folder/")
 done
 echo "Line coverage of ${folders[*]}:"
 gcovr --root . "${filters[@]}" -j"$JOBS" --print-summary "$FOLDER" | grep -E '^(TOTAL|lines:)'
