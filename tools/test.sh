@@ -2,8 +2,8 @@
 # Sets up a fresh machine, builds TapDelay and runs every test under
 # AddressSanitizer + UndefinedBehaviorSanitizer, then the thread checks under
 # ThreadSanitizer and the fuzz targets for a bounded time; last the release
-# build runs the smoke set (its exports, the validator, bit-exact processing,
-# the editor on the X server), whose test summary closes the output.
+# build runs the smoke set (its exports, bit-exact processing, the editor on
+# the X server), whose test summary closes the output.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
