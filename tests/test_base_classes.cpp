@@ -1,9 +1,5 @@
-// The base classes' own answers: text formatting and the host-callback
-// wrappers with and without a host.
+// The base classes' host-callback wrappers with and without a host.
 #include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
 
 #include "tests/support/EffectUnderTest.h"
 
@@ -20,28 +16,6 @@ VstIntPtr AnsweringHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr value, vo
 }
 
 }  // namespace
-
-TEST(BaseClasses, TextFormatting) {
-    IsolatedPreferences preferences;
-    ATapDelay effect(nullptr);
-    char text[64];
-    auto format = [&](auto call) {
-        std::memset(text, '#', sizeof text);
-        call();
-        return std::string(text);
-    };
-    EXPECT_EQ(format([&] { effect.dB2string(0.0f, text, 8); }), "-oo");
-    EXPECT_EQ(format([&] { effect.dB2string(-1.0f, text, 2); }), "-o");
-    EXPECT_EQ(format([&] { effect.dB2string(1.0f, text, 8); }), "0.000000");
-    EXPECT_EQ(format([&] { effect.dB2string(10.0f, text, 8); }), "20.00000");
-    EXPECT_EQ(format([&] { effect.int2string(-12, text, 8); }), "-12");
-    EXPECT_EQ(format([&] { effect.int2string(123456789, text, 8); }), "Huge!");
-    EXPECT_EQ(format([&] { effect.float2string(1e12f, text, 8); }), "Huge!");
-    EXPECT_EQ(format([&] { effect.float2string(-0.5f, text, 8); }), "-0.50000");
-    EXPECT_EQ(format([&] { effect.Hz2string(0.0f, text, 8); }), "0.000000");
-    EXPECT_EQ(format([&] { effect.Hz2string(441.0f, text, 8); }), "100.0000");
-    EXPECT_EQ(format([&] { effect.ms2string(44100.0f, text, 8); }), "1000.000");
-}
 
 TEST(BaseClasses, WrappersWithoutAHost) {
     IsolatedPreferences preferences;

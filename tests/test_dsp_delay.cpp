@@ -166,17 +166,6 @@ TEST(DelayLine, LengthIsRateTimesTimeInWholeSamples) {
     EXPECT_EQ(EchoPosition(fresh, 1000), 4);
 }
 
-TEST(DelayLine, ZeroTimePassesStraightThrough) {
-    DelayMain tap;
-    Unity(tap, 44100, 0.0f, 0.9f, 1.0f);
-    const std::vector<double> in = {0.5, -0.25, 1.0, 0.0, 3.0};
-    for (int block = 0; block < 2; ++block) {  // and no feedback builds up
-        const TapOutput r = Process(tap, in);
-        EXPECT_EQ(r.left, in);
-        EXPECT_EQ(r.right, in);
-    }
-}
-
 TEST(DelayLine, FeedbackRecirculatesOnlyWhenSwitchedOn) {
     // Full feedback never decays; any non-zero switch value is on; switched
     // off, the stored amount is ignored.

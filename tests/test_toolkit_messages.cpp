@@ -123,21 +123,6 @@ TEST_F(ToolkitMessages, MapsAreSearchedOwnClassFirstThenBases) {
                                                "derived key 36", "default key 36"}));
 }
 
-TEST_F(ToolkitMessages, RuntimeClassesAndDynamicCreation) {
-    CRuntimeClass* frameClass = CRuntimeClass::FromName("CFrameWnd");
-    ASSERT_EQ(frameClass, RUNTIME_CLASS(CFrameWnd));
-    EXPECT_TRUE(frameClass->IsDerivedFrom(RUNTIME_CLASS(CWnd)));
-    EXPECT_TRUE(frameClass->IsDerivedFrom(RUNTIME_CLASS(CObject)));
-    EXPECT_FALSE(RUNTIME_CLASS(CWnd)->IsDerivedFrom(frameClass));
-    EXPECT_EQ(CRuntimeClass::FromName("NoSuchClass"), nullptr);
-    CObject* made = frameClass->CreateObject();
-    ASSERT_NE(made, nullptr);
-    EXPECT_TRUE(made->IsKindOf(RUNTIME_CLASS(CWnd)));
-    EXPECT_STREQ(made->GetRuntimeClass()->m_lpszClassName, "CFrameWnd");
-    delete made;
-    EXPECT_EQ(RUNTIME_CLASS(CWinApp)->CreateObject(), nullptr);  // not dynamically creatable
-}
-
 TEST_F(ToolkitMessages, CreateMayBeRefusedAndDestroyGoesParentFirstFinishingBottomUp) {
     RefusingWindow refused;
     EXPECT_FALSE(refused.Create(nullptr, "", WS_CHILD, CRect(0, 0, 5, 5), nullptr, 0));

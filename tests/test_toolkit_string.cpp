@@ -23,23 +23,6 @@ public:
 
 }  // namespace
 
-TEST(ToolkitString, AppendsNullsAndRawBytes) {
-    CString text = "Tap";
-    text += "Delay";
-    text += CString("Def");
-    text += '.';
-    EXPECT_STREQ(CString("x") + text, "xTapDelayDef.");
-    EXPECT_TRUE(text != "TapDelay");
-
-    text = nullptr;  // a null text is an empty one
-    text += static_cast<const char*>(nullptr);
-    EXPECT_STREQ(text, "");
-
-    text = "\x83\x66\x83\x42";  // Shift-JIS bytes are kept as they are
-    EXPECT_EQ(text.GetLength(), 4);
-    EXPECT_EQ(static_cast<unsigned char>(static_cast<const char*>(text)[0]), 0x83);
-}
-
 TEST(ToolkitString, FormatFollowsPrintfAtAnyLengthAndMayReadItsOwnText) {
     CString text;
     text.Format("%d:%s %+.2f dB", 12, "Long Echo", -6.0206);

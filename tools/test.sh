@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# Sets up a fresh machine, builds TapDelay and runs every test: first under
+# Sets up a fresh machine, builds TapDelay and runs every test under
 # AddressSanitizer + UndefinedBehaviorSanitizer, then the thread checks under
-# ThreadSanitizer and the fuzz targets for a bounded time, and last the plain
-# build, whose test summary closes the output.
+# ThreadSanitizer and the fuzz targets for a bounded time; last the release
+# build runs the smoke set (its exports, bit-exact processing, the editor on
+# the X server), whose test summary closes the output.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash tools/setup.sh
 JOBS=${JOBS:-$(nproc)}
+STARTED=$SECONDS
+stage() { echo "=== $1 (at $((SECONDS - STARTED)) s) ==="; }
 
 # The X11 tests run on a virtual X server of this run's own (-noreset: a server
 # that resets when its last client leaves turns the next one away).
@@ -18,30 +21,35 @@ trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
 for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
 export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
 
+# ccache speeds up repeated runs when it is installed; nothing needs it.
+LAUNCHER=()
+command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 configure() {  # folder, extra cmake arguments...
   local folder=$1; shift
-  cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${LAUNCHER[@]}" "$@" >/dev/null
 }
 
-echo "=== AddressSanitizer + UndefinedBehaviorSanitizer ==="
+stage "AddressSanitizer + UndefinedBehaviorSanitizer"
 configure build-asan -DTAPDELAY_SANITIZE=address,undefined
 cmake --build build-asan -j"$JOBS"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-asan --output-on-failure -j"$JOBS"
 
-echo "=== ThreadSanitizer ==="
+stage "ThreadSanitizer"
 configure build-tsan -DTAPDELAY_SANITIZE=thread
 cmake --build build-tsan -j"$JOBS" --target TapDelay tapdelay_resources test_concurrency test_editor_concurrency
-TSAN_OPTIONS="halt_on_error=1" ctest --test-dir build-tsan --output-on-failure -L tsan
+TSAN_OPTIONS="halt_on_error=1" ctest --test-dir build-tsan --output-on-failure -j"$JOBS" -L tsan
 
 if [ -f tests/fuzz/CMakeLists.txt ]; then
-  echo "=== Fuzzing (bounded) ==="
+  stage "Fuzzing (bounded, the targets side by side)"
   CXX=clang++ configure build-fuzz -DTAPDELAY_FUZZ=ON
   cmake --build build-fuzz -j"$JOBS" --target fuzz_set_chunk fuzz_bank_file
-  ctest --test-dir build-fuzz --output-on-failure -L fuzz
+  ctest --test-dir build-fuzz --output-on-failure -j"$JOBS" -L fuzz
 fi
 
-echo "=== Tests ==="
+# The sanitizer build ran every test; the release build proves itself with
+# the smoke set.
+stage "Release build, smoke tests"
 configure build
-cmake --build build -j"$JOBS"
-ctest --test-dir build --output-on-failure -j"$JOBS"
+cmake --build build -j"$JOBS" --target smoke
+ctest --test-dir build --output-on-failure -j"$JOBS" -L smoke

@@ -42,10 +42,32 @@ protected:
 
 }  // namespace
 
-TEST_F(HostCallback, VersionIs2400EvenBeforeAnEffectExists) {
+TEST_F(HostCallback, AnswersAndRecordsAutomationEditsAndDisplayUpdates) {
     EXPECT_EQ(ask(audioMasterVersion), 2400);
     EXPECT_EQ(PluginHost::callback(nullptr, audioMasterVersion, 0, 0, nullptr, 0), 2400);
     EXPECT_EQ(PluginHost::callback(nullptr, audioMasterGetTime, 0, 0, nullptr, 0), 0);
+    char sendTime[] = "sendVstTimeInfo", sizeWindow[] = "sizeWindow";
+    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sendTime), 1);
+    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sizeWindow), 0);
+    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, nullptr), 0);
+    EXPECT_EQ(host->callbackLog().canDoQueries.back(), "sizeWindow");
+    // The interface's convention: 0 means "connected".
+    EXPECT_EQ(ask(audioMasterPinConnected, 1, 1), 0);
+    EXPECT_EQ(ask(audioMasterPinConnected, 2, 0), 1);
+    host->clearCallbackLog();
+    ask(audioMasterBeginEdit, 5);
+    ask(audioMasterAutomate, 5, 0, nullptr, 0.25f);
+    ask(audioMasterAutomate, 61, 0, nullptr, 1.0f);
+    ask(audioMasterEndEdit, 5);
+    ask(audioMasterUpdateDisplay);
+    ask(audioMasterUpdateDisplay);
+    EXPECT_EQ(ask(9999), 0);
+    const CallbackLog log = host->callbackLog();
+    ASSERT_EQ(log.automation.size(), 2u);
+    EXPECT_EQ(std::make_tuple(log.automation[0].index, log.automation[0].value, log.automation[1].index),
+              std::make_tuple(5, 0.25f, 61));
+    EXPECT_EQ(std::make_tuple(log.beginEdit, log.endEdit, log.updateDisplay), std::make_tuple(1, 1, 2));
+    EXPECT_EQ(log.unknownOpcodes, std::vector<VstInt32>{9999});
 }
 
 TEST_F(HostCallback, TimeInfoAdvancesWithProcessing) {
@@ -73,7 +95,7 @@ TEST_F(HostCallback, TimeInfoAdvancesWithProcessing) {
     EXPECT_DOUBLE_EQ(t.barStartPos, 6.0);
 }
 
-TEST_F(HostCallback, TempoRateBlockSizeAndDirectory) {
+TEST_F(HostCallback, TempoAsOtherHostsAnswerItRateBlockSizeAndDirectory) {
     EXPECT_EQ(ask(audioMasterTempoAt), 1200000);
     host->setTempo(97.5);
     EXPECT_EQ(ask(audioMasterTempoAt), 975000);
@@ -90,9 +112,6 @@ TEST_F(HostCallback, TempoRateBlockSizeAndDirectory) {
     std::string expected = TAPDELAY_PLUGIN_PATH;
     expected = expected.substr(0, expected.rfind('/') + 1);
     EXPECT_EQ(std::string(folder), expected);
-}
-
-TEST_F(HostCallback, TempoAnswersOfOtherHosts) {
     host->setTempo(98.0);
     const struct {
         int scale;
@@ -110,34 +129,3 @@ TEST_F(HostCallback, TempoAnswersOfOtherHosts) {
     EXPECT_EQ(host->callbackLog().getTime, 1);
 }
 
-TEST_F(HostCallback, CanDoAndPins) {
-    char sendTime[] = "sendVstTimeInfo", sizeWindow[] = "sizeWindow";
-    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sendTime), 1);
-    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, sizeWindow), 0);
-    EXPECT_EQ(ask(audioMasterCanDo, 0, 0, nullptr), 0);
-    const CallbackLog log = host->callbackLog();
-    ASSERT_GE(log.canDoQueries.size(), 2u);
-    EXPECT_EQ(log.canDoQueries.back(), "sizeWindow");
-    // The interface's convention: 0 means "connected".
-    EXPECT_EQ(ask(audioMasterPinConnected, 0, 0), 0);
-    EXPECT_EQ(ask(audioMasterPinConnected, 1, 1), 0);
-    EXPECT_EQ(ask(audioMasterPinConnected, 2, 0), 1);
-}
-
-TEST_F(HostCallback, RecordsAutomationEditsAndDisplayUpdates) {
-    host->clearCallbackLog();
-    ask(audioMasterBeginEdit, 5);
-    ask(audioMasterAutomate, 5, 0, nullptr, 0.25f);
-    ask(audioMasterAutomate, 61, 0, nullptr, 1.0f);
-    ask(audioMasterEndEdit, 5);
-    ask(audioMasterUpdateDisplay);
-    ask(audioMasterUpdateDisplay);
-    EXPECT_EQ(ask(9999), 0);
-    const CallbackLog log = host->callbackLog();
-    ASSERT_EQ(log.automation.size(), 2u);
-    EXPECT_EQ(log.automation[0].index, 5);
-    EXPECT_EQ(log.automation[0].value, 0.25f);
-    EXPECT_EQ(log.automation[1].index, 61);
-    EXPECT_EQ(std::make_tuple(log.beginEdit, log.endEdit, log.updateDisplay), std::make_tuple(1, 1, 2));
-    EXPECT_EQ(log.unknownOpcodes, std::vector<VstInt32>{9999});
-}

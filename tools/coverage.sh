@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Builds TapDelay with gcc's coverage in build-coverage, runs every test there
+# (the X11 ones on a private Xvfb) and prints gcovr's line coverage of the
+# product's folders. Not part of CI.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash tools/setup.sh
+if ! command -v gcovr >/dev/null; then
+  SUDO=""
+  [ "$(id -u)" -eq 0 ] || SUDO="sudo"
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends gcovr
+fi
+JOBS=${JOBS:-$(nproc)}
+FOLDER=build-coverage
+
+XVFB_NUMBER=$(mktemp)
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
+XVFB_PID=$!
+trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
+for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
+export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
+
+LAUNCHER=()
+command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+cmake -S . -B "$FOLDER" -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
+  -DCMAKE_CXX_FLAGS=--coverage -DCMAKE_EXE_LINKER_FLAGS=--coverage \
+  -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage >/dev/null
+# Counts start from zero (the build's test discovery runs the programs too).
+[ -d "$FOLDER" ] && find "$FOLDER" -name '*.gcda' -delete
+cmake --build "$FOLDER" -j"$JOBS"
+find "$FOLDER" -name '*.gcda' -delete
+ctest --test-dir "$FOLDER" -j"$JOBS" > "$FOLDER/ctest.log" || true
+grep -E 'tests passed' "$FOLDER/ctest.log"
+
+folders=() filters=()
+for folder in host effect dsp editor toolkit lv2; do
+  [ -d "$folder" ] && folders+=("$folder/") && filters+=(--filter "$folder/")
+done
+echo "Line coverage of ${folders[*]}:"
+gcovr --root . "${filters[@]}" -j"$JOBS" --print-summary "$FOLDER" | grep -E '^(TOTAL|lines:)'
