@@ -13,7 +13,10 @@ ATapDelay::ATapDelay(audioMasterCallback audioMaster)
     : AudioEffectX(audioMaster, kNumPrograms, kNumParams) {
     GetMy_SHFOLDER_PathName();
     curProgram = 0;
-    AllocateWorkBuffers(blockSizeCopy);
+    // Sized once for the longest slice, so that a block-size change while
+    // the audio thread runs frees nothing it may be using.
+    AllocateWorkBuffers(HostQuirks::kMaxWorkBlock);
+    for (DelayMain& delay : delays) delay.SetBloackSize(HostQuirks::kMaxWorkBlock);
     for (int tap = 0; tap < kNumTaps; tap++) tapList[tap] = &delays[tap];
 
     // The live state before open replaces it with program 0: all six taps on.
@@ -79,15 +82,11 @@ void ATapDelay::setSampleRate(float rate) {
     for (DelayMain& delay : delays) delay.SetFs(samplesPerSec);
 }
 
-// The host does not process while it changes the rate or the block size.
 void ATapDelay::setBlockSize(VstInt32 size) {
     AudioEffectX::setBlockSize(size);
     // Hosts may announce no usable size, or process longer blocks than they
     // announce: those are processed in slices of this size.
-    int usable = HostQuirks::WorkBlockSize(size);
-    blockSizeCopy = usable;
-    AllocateWorkBuffers(usable);
-    for (DelayMain& delay : delays) delay.SetBloackSize(usable);
+    blockSizeCopy = HostQuirks::WorkBlockSize(size);
 }
 
 void ATapDelay::SetActiveFlag(float active) {
@@ -104,7 +103,7 @@ void ATapDelay::resume() {
 void ATapDelay::suspend() {
     SetActiveFlag(0.0f);
     if (editorView) editorView->UpdateControl(kParamOnOff, 0.0f);
-    for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
+    clearRequested = true;
 }
 
 // The host's own bypass button: the same active flag as suspend and resume,
@@ -116,8 +115,9 @@ bool ATapDelay::setBypass(bool onOff) {
     return true;
 }
 
+// The lines are cleared by the audio thread, before its next block.
 VstInt32 ATapDelay::startProcess() {
-    for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
+    clearRequested = true;
     return 0;
 }
 
@@ -143,12 +143,12 @@ void ATapDelay::FreeWorkBuffers() {
 void ATapDelay::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
     if (sampleFrames <= 0) return;
     // Both precisions share the double-precision engine.
+    const int size = blockSizeCopy;
     if (!BeginBlock(sampleFrames)) {
         for (int c = 0; c < 2; c++)
-            std::memmove(outputs[c], inputs[c], sizeof(float) * (size_t)std::max(sampleFrames, 0));
+            std::memmove(outputs[c], inputs[c], sizeof(float) * (size_t)sampleFrames);
         return;
     }
-    const int size = blockSizeCopy;
     double* in[2] = {floatBridge.data(), floatBridge.data() + size};
     double* out[2] = {floatBridge.data() + 2 * size, floatBridge.data() + 3 * size};
     for (int offset = 0; offset < sampleFrames; offset += size) {
@@ -171,8 +171,9 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
         return;
     }
     // The taps' work buffers hold one block: longer host blocks go in slices.
-    for (int offset = 0; offset < sampleFrames; offset += blockSizeCopy)
-        ProcessSlice(inputs, outputs, offset, std::min(blockSizeCopy, sampleFrames - offset));
+    const int size = blockSizeCopy;
+    for (int offset = 0; offset < sampleFrames; offset += size)
+        ProcessSlice(inputs, outputs, offset, std::min(size, sampleFrames - offset));
     peakInL = blockPeak[0];
     peakInR = blockPeak[1];
     peakOutL = blockPeak[2];
@@ -184,6 +185,8 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
 bool ATapDelay::BeginBlock(int sampleFrames) {
     processCounter++;
     for (float& peak : blockPeak) peak = 0.0f;
+    if (clearRequested.exchange(false))
+        for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
     TakeChanges();
     if (sampleFrames <= 0 || liveParams[kParamOnOff] == 0.0f) {
         peakInL = peakInR = peakOutL = peakOutR = 0.0f;

@@ -145,7 +145,7 @@ private:
     // value the current program's record takes and which of those are new.
     std::atomic<float> params[kNumParams] = {};
     StreamFormat streamFormat;
-    int32_t blockSizeCopy = 256;
+    std::atomic<int32_t> blockSizeCopy{256};
     std::atomic<float> internal[kNumParams] = {};  // internal values (ms, dB, Hz, ...)
     std::atomic<float> tapValues[kNumParams] = {};
     std::atomic<float> recordValues[kNumParams] = {};
@@ -153,6 +153,7 @@ private:
     std::atomic<uint64_t> pendingRecords{0};  // for the current program's record
     std::atomic<int> openBatches{0};
     std::atomic<uint32_t> closedBatches{0};
+    std::atomic<bool> clearRequested{false};  // suspend and startProcess clear the lines
     std::atomic<float> peakInL{0}, peakInR{0}, peakOutL{0}, peakOutR{0};
     // The audio thread's own copies, changed only at the start of a block.
     float liveParams[kNumParams] = {};

@@ -63,7 +63,7 @@ float TempoFromTimeInfo(const VstTimeInfo* info);
 std::string PluginFolder(const void* directoryAnswer);
 
 // Work buffers are never made longer than this; longer blocks are sliced.
-constexpr int kMaxWorkBlock = 1 << 16;
+constexpr int kMaxWorkBlock = 8192;
 // Frames per work buffer for an effSetBlockSize value.
 int WorkBlockSize(VstInt32 announced);
 
