@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -75,6 +76,8 @@ void WorkThePlugin(AEffect* effect, Work work, uint32_t op, uint32_t& seed) {
     effect->dispatcher(effect, effGetParamDisplay, index, 0, text, 0);
     static_cast<ATapDelay*>(effect->object)->GetVU(&levels[0], &levels[1], &levels[2], &levels[3]);
 }
+
+void PrintTo(const Scenario& s, std::ostream* out) { *out << s.what; }
 
 class AudioThread : public ::testing::TestWithParam<Scenario> {};
 
