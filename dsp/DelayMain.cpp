@@ -150,10 +150,10 @@ void DelayMain::PrepareBuffer() {
     if (samples >= 1.0)
         length = samples < double(kMaxLineLength) ? int32_t(samples) : kMaxLineLength;
     m_lineLength = length;
+    // Cleared lazily: what the first lap has not written yet reads as silence.
+    m_written = 0;
     if (size_t(length) > m_line.size())
         m_line.assign(size_t(length), 0.0);
-    else
-        std::fill(m_line.begin(), m_line.begin() + length, 0.0);
 }
 
 // Room for the longest delay the effect sets (4000 ms) at this rate, so that
@@ -190,13 +190,20 @@ inline VECTOR_LOOP void DelayMain::RunLine(const double* in, int n, Emit emit) {
         // Up to the end of the line every slot is visited once, so this run
         // has no dependence from one sample to the next and vectorises.
         const int run = std::min(n - done, length - p);
+        const int kept = std::max(0, std::min(run, m_written - p));
         double* const slot = line + p;
         const double* const x = in + done;
-        for (int i = 0; i < run; ++i) {
+        for (int i = 0; i < kept; ++i) {
             const double y = slot[i];
             slot[i] = x[i] + fb * y;
             emit(done + i, y);
         }
+        for (int i = kept; i < run; ++i) {
+            const double y = 0.0;
+            slot[i] = x[i] + fb * y;
+            emit(done + i, y);
+        }
+        m_written = std::max(m_written, p + run);
         done += run;
         p += run;
         if (p >= length)

@@ -49,6 +49,7 @@ public:
 private:
     int32_t m_writeIndex = 0;
     int32_t m_lineLength = 1;
+    int32_t m_written = 0;  // slots written since the line was last cleared
     double m_leftFromLeft = 1.0;
     double m_leftFromRight = 0.0;
     double m_rightFromLeft = 0.0;
