@@ -132,7 +132,7 @@ private:
     DelayMain delays[kNumTaps];
     ATapDelayProgram initialPrograms[kNumPrograms];
     ATapDelayProgram factoryPrograms[kNumPrograms];
-    // What getChunk hands out: a copy taken under the engine lock, so the host
+    // What getChunk hands out: a copy taken under the program lock, so the host
     // reads a consistent state while tempo following writes the live bank.
     ATapDelayProgram chunkSnapshot[kNumPrograms];
     double* workBuffers[kNumTaps][2] = {};
