@@ -55,6 +55,7 @@ inline VECTOR_LOOP void WithPanShape(const PanGain& pan, Body body) {
 
 DelayMain::DelayMain() {
     MakePan();
+    SizeLine();
     PrepareBuffer();
     SetBloackSize(256);
     InitFilter();
@@ -63,66 +64,56 @@ DelayMain::DelayMain() {
 DelayMain::~DelayMain() = default;
 
 void DelayMain::SetDelatTime(float ms) {
-    CSingleLock guard(m_lock);
     m_delayTime = ms;
     PrepareBuffer();
 }
 
 void DelayMain::SetGain(float gain) {
-    CSingleLock guard(m_lock);
     m_gain = gain;
 }
 
 void DelayMain::SetPan(float pan) {
-    CSingleLock guard(m_lock);
     m_pan = pan;
     MakePan();
 }
 
 void DelayMain::SetFeedBack(float factor) {
-    CSingleLock guard(m_lock);
     m_feedback = factor;
 }
 
 void DelayMain::SetFeedBackOn(float on) {
-    CSingleLock guard(m_lock);
     m_feedbackOn = on;
 }
 
 void DelayMain::SetFilterFreq(float hz) {
-    CSingleLock guard(m_lock);
     m_filterFreq = hz;
     InitFilter();
 }
 
 void DelayMain::SetFilterType(float type) {
-    CSingleLock guard(m_lock);
     m_filterType = type;
     InitFilter();
 }
 
 void DelayMain::SetFilterGain(float db) {
-    CSingleLock guard(m_lock);
     m_filterGain = db;
     InitFilter();
 }
 
 void DelayMain::SetFilterQ(float q) {
-    CSingleLock guard(m_lock);
     m_filterQ = q;
     InitFilter();
 }
 
 void DelayMain::SetFilterActive(float on) {
-    CSingleLock guard(m_lock);
     m_filterActive = on;
 }
 
 void DelayMain::SetFs(int64_t hz) {
-    CSingleLock guard(m_lock);
     if (hz <= 0)
         return;
     m_sampleRate = hz;
+    SizeLine();
     PrepareBuffer();
     InitFilter();
 }
@@ -130,7 +121,6 @@ void DelayMain::SetFs(int64_t hz) {
 void DelayMain::SetActive(float on) { m_active = on; }
 
 void DelayMain::SetBloackSize(int n) {
-    CSingleLock guard(m_lock);
     if (n <= 0)
         return;
     m_scratch.assign(std::min(n, kMaxScratch), 0.0);
@@ -160,7 +150,19 @@ void DelayMain::PrepareBuffer() {
     if (samples >= 1.0)
         length = samples < double(kMaxLineLength) ? int32_t(samples) : kMaxLineLength;
     m_lineLength = length;
-    m_line.assign(size_t(length), 0.0);
+    // Cleared lazily: what the first lap has not written yet reads as silence.
+    m_written = 0;
+    if (size_t(length) > m_line.size())
+        m_line.assign(size_t(length), 0.0);
+}
+
+// Room for the longest delay the effect sets (4000 ms) at this rate, so that
+// time changes on the audio thread never allocate.
+void DelayMain::SizeLine() {
+    const double samples = double(float(m_sampleRate) * 4000.0f) / 1000.0;
+    const size_t length = size_t(std::min(samples, double(kMaxLineLength))) + 1;
+    if (m_line.size() != length)
+        m_line.assign(length, 0.0);
 }
 
 // Both filters get the same design; their history is kept.
@@ -188,13 +190,20 @@ inline VECTOR_LOOP void DelayMain::RunLine(const double* in, int n, Emit emit) {
         // Up to the end of the line every slot is visited once, so this run
         // has no dependence from one sample to the next and vectorises.
         const int run = std::min(n - done, length - p);
+        const int kept = std::max(0, std::min(run, m_written - p));
         double* const slot = line + p;
         const double* const x = in + done;
-        for (int i = 0; i < run; ++i) {
+        for (int i = 0; i < kept; ++i) {
             const double y = slot[i];
             slot[i] = x[i] + fb * y;
             emit(done + i, y);
         }
+        for (int i = kept; i < run; ++i) {
+            const double y = 0.0;
+            slot[i] = x[i] + fb * y;
+            emit(done + i, y);
+        }
+        m_written = std::max(m_written, p + run);
         done += run;
         p += run;
         if (p >= length)
@@ -258,7 +267,6 @@ void DelayMain::ProcessTaps(DelayMain* const taps[], int count, double** inputs,
             tap[taken] = taps[k];
             left[taken] = outputs[k][0];
             right[taken] = outputs[k][1];
-            tap[taken]->m_lock.Lock();
             ++taken;
         }
 
@@ -299,8 +307,5 @@ void DelayMain::ProcessTaps(DelayMain* const taps[], int count, double** inputs,
                 }
             }
         }
-
-        for (int t = taken - 1; t >= 0; --t)
-            tap[t]->m_lock.Unlock();
     }
 }

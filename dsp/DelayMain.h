@@ -7,7 +7,6 @@
 
 #include "dsp/CBiquadFilter.h"
 #include "dsp/CIIRFilter.h"
-#include "toolkit/CCriticalSection.h"
 
 class DelayMain {
 public:
@@ -16,9 +15,10 @@ public:
     DelayMain(const DelayMain&) = delete;
     DelayMain& operator=(const DelayMain&) = delete;
 
-    // Every setter takes the tap's lock. Switch-like values count as on when
-    // non-zero (NaN included).
-    void SetDelatTime(float ms);  // reallocates and clears the line
+    // The setters take no lock: the engine calls them from the audio thread
+    // only, between blocks. Switch-like values count as on when non-zero (NaN
+    // included).
+    void SetDelatTime(float ms);  // sets the length and clears; allocates only beyond 4000 ms
     void SetGain(float gain);
     void SetPan(float pan);       // 0 left .. 1 right
     void SetFeedBack(float factor);
@@ -28,30 +28,28 @@ public:
     void SetFilterGain(float db);
     void SetFilterQ(float q);
     void SetFilterActive(float on);
-    void SetFs(int64_t hz);       // reallocates and clears the line; hz <= 0 is ignored
-    void SetActive(float on);     // stored only; takes no lock
-    void SetBloackSize(int n);    // scratch for one block; n <= 0 is ignored
+    void SetFs(int64_t hz);       // sizes the line for 4000 ms and clears it; hz <= 0 is ignored
+    void SetActive(float on);     // stored only
+    void SetBloackSize(int n);    // allocates scratch for one block; n <= 0 is ignored
 
     // Level of a channel attenuated linearly on the far half of the pan range.
     static double GetWavePanpot(float x);
 
     // Delays inputs[0] into outputs[0] (left) and outputs[1] (right), n
-    // samples; the outputs must not overlap the input. Takes the tap's lock.
+    // samples; the outputs must not overlap the input.
     // Blocks longer than the block size are run in slices of that size.
     void Process(double** inputs, double** outputs, int n);
 
     // The same as calling taps[k]->Process(inputs, outputs[k], n) for k = 0 ..
     // count-1 in that order, bit for bit, but with the filters of all taps run
-    // side by side, which hides the latency of their recurrences. Takes every
-    // tap's lock, in array order, for the whole call (a caller holding the
-    // effect lock takes that first, as for Process). A tap may appear only
-    // once; null taps and null output pairs are skipped.
+    // side by side, which hides the latency of their recurrences. A tap may
+    // appear only once; null taps and null output pairs are skipped.
     static void ProcessTaps(DelayMain* const taps[], int count, double** inputs, double** const outputs[], int n);
 
 private:
-    CCriticalSection m_lock;
     int32_t m_writeIndex = 0;
     int32_t m_lineLength = 1;
+    int32_t m_written = 0;  // slots written since the line was last cleared
     double m_leftFromLeft = 1.0;
     double m_leftFromRight = 0.0;
     double m_rightFromLeft = 0.0;
@@ -77,6 +75,7 @@ private:
     CBiquadFilter m_filterRight;  // in the same state as the left one at all times
 
     void PrepareBuffer();
+    void SizeLine();
     void InitFilter();
     void MakePan();
 

@@ -1,6 +1,6 @@
 // Which parameters changed outside the editor since the UI thread last
 // looked. The effect reports from any thread (the audio thread among them,
-// holding the engine lock), so recording is one atomic OR: it never blocks,
+// between blocks), so recording is one atomic OR: it never blocks,
 // allocates or touches a window. The UI thread takes the record on idle and
 // redraws from the parameters' current values.
 #pragma once

@@ -13,15 +13,20 @@ ATapDelay::ATapDelay(audioMasterCallback audioMaster)
     : AudioEffectX(audioMaster, kNumPrograms, kNumParams) {
     GetMy_SHFOLDER_PathName();
     curProgram = 0;
-    AllocateWorkBuffers(blockSizeCopy);
+    // Sized once for the longest slice, so that a block-size change while
+    // the audio thread runs frees nothing it may be using.
+    AllocateWorkBuffers(HostQuirks::kMaxWorkBlock);
+    for (DelayMain& delay : delays) delay.SetBloackSize(HostQuirks::kMaxWorkBlock);
     for (int tap = 0; tap < kNumTaps; tap++) tapList[tap] = &delays[tap];
 
     // The live state before open replaces it with program 0: all six taps on.
     auto start = [this](int index, float value) {
         params[index] = ValToNormalizeValue(index, value);
         internal[index] = NormalizeValToInternalVal(index, params[index]);
+        liveParams[index] = params[index];
+        liveInternal[index] = internal[index];
     };
-    params[kParamOnOff] = 1.0f;
+    params[kParamOnOff] = liveParams[kParamOnOff] = 1.0f;
     start(kParamOutput, 1.0f);
     start(kParamInput, 1.0f);
     for (int tap = 0; tap < kNumTaps; tap++) {
@@ -49,7 +54,6 @@ ATapDelay::ATapDelay(audioMasterCallback audioMaster)
     programsAreChunks(true);
     canMono(true);
 
-    peakInL = peakInR = peakOutL = peakOutR = 0.0f;
     processCounter = 0xFFFF;
     // The editor attaches itself to the effect and lives as long as it does.
     new CDelayEditor(this);
@@ -79,48 +83,41 @@ void ATapDelay::setSampleRate(float rate) {
 }
 
 void ATapDelay::setBlockSize(VstInt32 size) {
-    CSingleLock lock(engineLock);
     AudioEffectX::setBlockSize(size);
     // Hosts may announce no usable size, or process longer blocks than they
     // announce: those are processed in slices of this size.
-    int usable = HostQuirks::WorkBlockSize(size);
-    blockSizeCopy = usable;
-    AllocateWorkBuffers(usable);
-    for (DelayMain& delay : delays) delay.SetBloackSize(usable);
+    blockSizeCopy = HostQuirks::WorkBlockSize(size);
+}
+
+void ATapDelay::SetActiveFlag(float active) {
+    params[kParamOnOff] = active;
+    changedParams.fetch_or(uint64_t(1) << kParamOnOff);
 }
 
 void ATapDelay::resume() {
-    {
-        CSingleLock lock(engineLock);
-        params[kParamOnOff] = 1.0f;
-    }
+    SetActiveFlag(1.0f);
     if (editorView) editorView->UpdateControl(kParamOnOff, 1.0f);
     AudioEffectX::resume();
 }
 
 void ATapDelay::suspend() {
-    {
-        CSingleLock lock(engineLock);
-        params[kParamOnOff] = 0.0f;
-    }
+    SetActiveFlag(0.0f);
     if (editorView) editorView->UpdateControl(kParamOnOff, 0.0f);
-    for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
+    clearRequested = true;
 }
 
 // The host's own bypass button: the same active flag as suspend and resume,
 // without clearing the delay lines, so echoes pick up again where they were.
 bool ATapDelay::setBypass(bool onOff) {
     float active = onOff ? 0.0f : 1.0f;
-    {
-        CSingleLock lock(engineLock);
-        params[kParamOnOff] = active;
-    }
+    SetActiveFlag(active);
     if (editorView) editorView->UpdateControl(kParamOnOff, active);
     return true;
 }
 
+// The lines are cleared by the audio thread, before its next block.
 VstInt32 ATapDelay::startProcess() {
-    for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
+    clearRequested = true;
     return 0;
 }
 
@@ -130,6 +127,7 @@ void ATapDelay::AllocateWorkBuffers(int size) {
         for (double*& buffer : workBuffers[tap]) buffer = new double[size]();
         workBufferList[tap] = workBuffers[tap];
     }
+    floatBridge.assign(4 * (size_t)size, 0.0);
 }
 
 void ATapDelay::FreeWorkBuffers() {
@@ -145,61 +143,122 @@ void ATapDelay::FreeWorkBuffers() {
 void ATapDelay::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
     if (sampleFrames <= 0) return;
     // Both precisions share the double-precision engine.
-    std::unique_ptr<double[]> buffer(new double[4 * (size_t)sampleFrames]);
-    double* in[2] = {buffer.get(), buffer.get() + sampleFrames};
-    double* out[2] = {buffer.get() + 2 * sampleFrames, buffer.get() + 3 * sampleFrames};
-    for (int c = 0; c < 2; c++) WidenToDouble(inputs[c], in[c], sampleFrames);
-    processDoubleReplacing(in, out, sampleFrames);
-    for (int c = 0; c < 2; c++) NarrowToFloat(out[c], outputs[c], sampleFrames);
+    const int size = blockSizeCopy;
+    if (!BeginBlock(sampleFrames)) {
+        for (int c = 0; c < 2; c++)
+            std::memmove(outputs[c], inputs[c], sizeof(float) * (size_t)sampleFrames);
+        return;
+    }
+    double* in[2] = {floatBridge.data(), floatBridge.data() + size};
+    double* out[2] = {floatBridge.data() + 2 * size, floatBridge.data() + 3 * size};
+    for (int offset = 0; offset < sampleFrames; offset += size) {
+        int count = std::min(size, sampleFrames - offset);
+        for (int c = 0; c < 2; c++) WidenToDouble(inputs[c] + offset, in[c], count);
+        ProcessSlice(in, out, 0, count);
+        for (int c = 0; c < 2; c++) NarrowToFloat(out[c], outputs[c] + offset, count);
+    }
+    peakInL = blockPeak[0];
+    peakInR = blockPeak[1];
+    peakOutL = blockPeak[2];
+    peakOutR = blockPeak[3];
 }
 
 void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) {
-    CSingleLock lock(engineLock);
-    processCounter++;
-    peakInL = peakInR = peakOutL = peakOutR = 0.0f;
-    if (sampleFrames <= 0) return;
-
-    if (params[kParamOnOff] == 0.0f) {
+    if (!BeginBlock(sampleFrames)) {
         // memmove: hosts may process in place.
         for (int c = 0; c < 2; c++)
-            std::memmove(outputs[c], inputs[c], sizeof(double) * (size_t)sampleFrames);
+            std::memmove(outputs[c], inputs[c], sizeof(double) * (size_t)std::max(sampleFrames, 0));
         return;
     }
-
-    // The input gain works in place on the host's buffers.
-    peakInL = (float)ApplyGainAndPeak(inputs[0], sampleFrames, inputGain);
-    peakInR = (float)ApplyGainAndPeak(inputs[1], sampleFrames, inputGain);
-
-    if (params[kParamTempoSync] == 1.0f && hasHost()) FollowTempo();
-
     // The taps' work buffers hold one block: longer host blocks go in slices.
-    for (int offset = 0; offset < sampleFrames; offset += blockSizeCopy) {
-        int count = std::min(blockSizeCopy, sampleFrames - offset);
-        double* sliceIn[2] = {inputs[0] + offset, inputs[1] + offset};
-        DelayMain::ProcessTaps(tapList, kNumTaps, sliceIn, workBufferList, count);
-        MixSlice(inputs, outputs, offset, count);
+    const int size = blockSizeCopy;
+    for (int offset = 0; offset < sampleFrames; offset += size)
+        ProcessSlice(inputs, outputs, offset, std::min(size, sampleFrames - offset));
+    peakInL = blockPeak[0];
+    peakInR = blockPeak[1];
+    peakOutL = blockPeak[2];
+    peakOutR = blockPeak[3];
+}
+
+// Counts the block, takes the changes and follows the tempo; false when the
+// block passes through untouched.
+bool ATapDelay::BeginBlock(int sampleFrames) {
+    processCounter++;
+    for (float& peak : blockPeak) peak = 0.0f;
+    if (clearRequested.exchange(false))
+        for (DelayMain& delay : delays) delay.SetFs((int64_t)sampleRate);
+    TakeChanges();
+    if (sampleFrames <= 0 || liveParams[kParamOnOff] == 0.0f) {
+        peakInL = peakInR = peakOutL = peakOutR = 0.0f;
+        return false;
+    }
+    if (liveParams[kParamTempoSync] == 1.0f && hasHost()) FollowTempo();
+    return true;
+}
+
+// The input gain works in place on the host's buffers.
+void ATapDelay::ProcessSlice(double** inputs, double** outputs, int offset, int count) {
+    for (int c = 0; c < 2; c++)
+        blockPeak[c] = std::max(blockPeak[c],
+                                (float)ApplyGainAndPeak(inputs[c] + offset, count, inputGain));
+    double* sliceIn[2] = {inputs[0] + offset, inputs[1] + offset};
+    DelayMain::ProcessTaps(tapList, kNumTaps, sliceIn, workBufferList, count);
+    MixSlice(inputs, outputs, offset, count);
+}
+
+// What changed since the last block, unless a program load is under way or
+// ran meanwhile: then the changes wait for the next block.
+void ATapDelay::TakeChanges() {
+    if (changedParams.load(std::memory_order_relaxed) == 0) return;
+    uint32_t closed = closedBatches.load();
+    if (openBatches.load() != 0) return;
+    uint64_t changed = changedParams.exchange(0);
+    float normalised[kNumParams], taps[kNumParams];
+    for (uint64_t bits = changed; bits; bits &= bits - 1) {
+        int index = __builtin_ctzll(bits);
+        normalised[index] = params[index];
+        taps[index] = tapValues[index];
+    }
+    if (openBatches.load() != 0 || closedBatches.load() != closed) {
+        changedParams.fetch_or(changed);
+        return;
+    }
+    for (uint64_t bits = changed; bits; bits &= bits - 1) {
+        int index = __builtin_ctzll(bits);
+        liveParams[index] = normalised[index];
+        liveInternal[index] = taps[index];
+        ApplyToTaps(index);
     }
 }
 
+ATapDelay::Batch::Batch(ATapDelay& effect) : effect(effect) { effect.openBatches++; }
+
+ATapDelay::Batch::~Batch() {
+    effect.closedBatches++;
+    effect.openBatches--;
+}
+
 void ATapDelay::MixSlice(double** inputs, double** outputs, int offset, int count) {
-    const double wet = params[kParamBalance];
-    const double dry = 1.0f - params[kParamBalance];
+    const double wet = liveParams[kParamBalance];
+    const double dry = 1.0f - liveParams[kParamBalance];
     for (int c = 0; c < 2; c++) {
         const double* active[kNumTaps];
         int activeCount = 0;
         for (int tap = 0; tap < kNumTaps; tap++)
-            if (params[kParamDelayOnOff + tap] == 1.0f) active[activeCount++] = workBuffers[tap][c];
-        float& peak = c == 0 ? peakOutL : peakOutR;
+            if (liveParams[kParamDelayOnOff + tap] == 1.0f) active[activeCount++] = workBuffers[tap][c];
+        float& peak = blockPeak[2 + c];
         peak = (float)MixTapsAndPeak(inputs[c] + offset, active, activeCount, outputs[c] + offset,
                                      count, dry, wet, outputGain, peak);
     }
 }
 
 // Tap k follows the host tempo at (k + 1) note lengths. A host without a
-// tempo gives an infinite note, which the 4000 ms bound rejects.
+// tempo gives an infinite note, which the 4000 ms bound rejects. The new
+// times reach the current program's record through the next thread that
+// reads it (FoldPendingRecords).
 void ATapDelay::FollowTempo() {
     double quarter = 60000.0 / HostQuirks::HostTempo(*this);
-    double note = quarter / std::pow(2.0, (double)internal[kParamSyncNote]);
+    double note = quarter / std::pow(2.0, (double)liveInternal[kParamSyncNote]);
     for (int tap = 0; tap < kNumTaps; tap++) {
         float time = (float)((tap + 1) * note);
         int index = kParamDelayTime + tap;
@@ -207,14 +266,16 @@ void ATapDelay::FollowTempo() {
         internal[index] = time;
         float normalised = ValToNormalizeValue(kParamDelayTime, time);
         params[index] = normalised;
-        CurrentRecord().values[SlotOfParam(index)] = normalised;
+        liveParams[index] = normalised;
+        liveInternal[index] = time;
+        recordValues[index] = normalised;
+        pendingRecords.fetch_or(uint64_t(1) << index);
         delays[tap].SetDelatTime(time);
         if (editorView) editorView->UpdateControl(index, normalised);
     }
 }
 
 void ATapDelay::GetVU(float* inL, float* inR, float* outL, float* outR) {
-    CSingleLock lock(engineLock);
     *inL = peakInL;
     *inR = peakInR;
     *outL = peakOutL;

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include "dsp/DelayMain.h"
 #include "effect/ATapDelayProgram.h"
@@ -95,7 +96,16 @@ public:
 
 private:
     void ApplyParameter(int index, float normalised, float internal, bool writeRecord);
+    void Publish(int index, float normalised, float tapValue);
+    void SetActiveFlag(float active);
     void RecomputeInternalValues();
+    void FoldPendingRecords();
+    // The audio thread's side: changes picked up at the start of a block,
+    // then the block itself in slices of the work buffers' size.
+    void TakeChanges();
+    void ApplyToTaps(int index);
+    bool BeginBlock(int sampleFrames);
+    void ProcessSlice(double** inputs, double** outputs, int offset, int count);
     void FollowTempo();
     void MixSlice(double** inputs, double** outputs, int offset, int count);
     void AllocateWorkBuffers(int size);
@@ -106,12 +116,23 @@ private:
     void AfterProgramOperation();
     ATapDelayProgram& CurrentRecord() { return programs[curProgram]; }
 
+    // Program loads replay every parameter; while one runs (or if one ran
+    // while a block picked up changes), the audio thread keeps the settings
+    // it has, so a block never mixes two programs.
+    class Batch {
+    public:
+        explicit Batch(ATapDelay& effect);
+        ~Batch();
+    private:
+        ATapDelay& effect;
+    };
+
     std::atomic<uint16_t> processCounter{0xFFFF};
     ATapDelayProgram programs[kNumPrograms];
     DelayMain delays[kNumTaps];
     ATapDelayProgram initialPrograms[kNumPrograms];
     ATapDelayProgram factoryPrograms[kNumPrograms];
-    // What getChunk hands out: a copy taken under the engine lock, so the host
+    // What getChunk hands out: a copy taken under the program lock, so the host
     // reads a consistent state while tempo following writes the live bank.
     ATapDelayProgram chunkSnapshot[kNumPrograms];
     double* workBuffers[kNumTaps][2] = {};
@@ -119,14 +140,32 @@ private:
     DelayMain* tapList[kNumTaps] = {};
     double** workBufferList[kNumTaps] = {};
     char bundleFolder[2048] = {};
-    float params[kNumParams] = {};    // normalised values; params[0] is the active flag
+    // What any thread writes and reads: normalised values (params[0] is the
+    // active flag), internal values, the value each tap setter takes, the
+    // value the current program's record takes and which of those are new.
+    std::atomic<float> params[kNumParams] = {};
     StreamFormat streamFormat;
-    int32_t blockSizeCopy = 256;
-    float internal[kNumParams] = {};  // internal values (ms, dB, Hz, ...)
-    float peakInL = 0, peakInR = 0, peakOutL = 0, peakOutR = 0;
+    std::atomic<int32_t> blockSizeCopy{256};
+    std::atomic<float> internal[kNumParams] = {};  // internal values (ms, dB, Hz, ...)
+    std::atomic<float> tapValues[kNumParams] = {};
+    std::atomic<float> recordValues[kNumParams] = {};
+    std::atomic<uint64_t> changedParams{0};   // for the audio thread
+    std::atomic<uint64_t> pendingRecords{0};  // for the current program's record
+    std::atomic<int> openBatches{0};
+    std::atomic<uint32_t> closedBatches{0};
+    std::atomic<bool> clearRequested{false};  // suspend and startProcess clear the lines
+    std::atomic<float> peakInL{0}, peakInR{0}, peakOutL{0}, peakOutR{0};
+    // The audio thread's own copies, changed only at the start of a block.
+    float liveParams[kNumParams] = {};
+    float liveInternal[kNumParams] = {};
     float outputGain = 1.0f;
     float inputGain = 1.0f;
-    CCriticalSection engineLock;
+    float blockPeak[4] = {};
+    // Single-precision blocks are widened into this, one slice at a time.
+    std::vector<double> floatBridge;
+    // Guards the banks and the current program number among the threads that
+    // are not the audio thread; the audio thread never takes it.
+    CCriticalSection programLock;
     IEditorView* editorView = nullptr;
 };
 

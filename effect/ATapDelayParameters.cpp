@@ -32,7 +32,6 @@ float ClampToRange(float value, float minimum, float maximum) {
 
 float ATapDelay::getParameter(VstInt32 index) {
     if (!IsValidParam(index)) return 0.0f;
-    CSingleLock lock(engineLock);  // tempo following writes from the audio thread
     return params[index];
 }
 
@@ -47,11 +46,10 @@ void ATapDelay::getParameterDisplay(VstInt32 index, char* text) {
         *text = 0;
         return;
     }
-    CSingleLock lock(engineLock);
     if (IsSwitchParam(index)) {
         std::strcpy(text, params[index] == 1.0f ? "ON" : "OFF");
     } else if (index == kParamOutput || index == kParamInput) {
-        std::sprintf(text, "%.1f", internal[index]);
+        std::sprintf(text, "%.1f", internal[index].load());
         if (stricmp(text, "-0.0") == 0) std::strcpy(text, "0.0");
     } else if (InGroup(index, kParamFilterType)) {
         float type = internal[index];
@@ -61,13 +59,12 @@ void ATapDelay::getParameterDisplay(VstInt32 index, char* text) {
         float note = internal[index];
         if (note < 4.0f && note >= 0.0f) std::strcpy(text, szNote[(int)note]);
     } else {
-        std::sprintf(text, "%.1f", internal[index]);
+        std::sprintf(text, "%.1f", internal[index].load());
     }
 }
 
 float ATapDelay::getParameterDisplayVal(int index) {
     if (!IsValidParam(index)) return 0.0f;
-    CSingleLock lock(engineLock);
     if (index == kParamOnOff || index == kParamFeedBackOnOff || index == kParamTempoSync ||
         InGroup(index, kParamDelayOnOff))
         return params[index];
@@ -105,10 +102,11 @@ bool ATapDelay::getParameterProperties(VstInt32 index, VstParameterProperties* p
 
 // --- updates -------------------------------------------------------------------------
 
-// Brings one parameter into the live state, the current program's record (when
-// asked to) and the taps. The engine lock is held by the caller. Values from
-// outside the ranges (a foreign chunk, a careless host) are pulled back into
-// them first, so no tap ever sees a feedback above 1 or a Q of zero.
+// Brings one parameter into the live state and the current program's record
+// (when asked to), and publishes it for the taps. Values from outside the
+// ranges (a foreign chunk, a careless host) are pulled back into them first,
+// so no tap ever sees a feedback above 1 or a Q of zero. Any thread, the
+// audio thread between blocks included: nothing here waits.
 void ATapDelay::ApplyParameter(int index, float normalised, float internalValue, bool writeRecord) {
     normalised = ClampToRange(normalised, 0.0f, 1.0f);
     if (!IsGainParam(index) && index != kParamSyncNote) {
@@ -116,49 +114,75 @@ void ATapDelay::ApplyParameter(int index, float normalised, float internalValue,
         GetParamMinMax(index, &minimum, &maximum);
         internalValue = ClampToRange(internalValue, minimum, maximum);
     }
-    params[index] = normalised;
     if (!IsSwitchParam(index)) internal[index] = internalValue;
-    if (writeRecord) CurrentRecord().values[SlotOfParam(index)] = normalised;
+    if (writeRecord) {
+        recordValues[index] = normalised;
+        pendingRecords.fetch_or(uint64_t(1) << index);
+    }
+    // Pan and the switches reach the taps as normalised values.
+    bool takesNormalised = IsSwitchParam(index) || InGroup(index, kParamDelayPan) ||
+                           index == kParamFeedBack;
+    Publish(index, normalised, takesNormalised ? normalised : internalValue);
+}
 
+// The value first, then its flag: the audio thread reads the flags first.
+void ATapDelay::Publish(int index, float normalised, float tapValue) {
+    params[index] = normalised;
+    tapValues[index] = tapValue;
+    changedParams.fetch_or(uint64_t(1) << index);
+}
+
+// On the audio thread, at the start of a block: the only caller of the taps'
+// setters while processing may run.
+void ATapDelay::ApplyToTaps(int index) {
+    const float value = liveInternal[index];
     int tap = TapOfParam(index);
     if (index == kParamOutput) {
-        outputGain = DbToLinear(internalValue, 0.001f, 2.0f);
+        outputGain = DbToLinear(value, 0.001f, 2.0f);
     } else if (index == kParamInput) {
-        inputGain = DbToLinear(internalValue, 0.001f, 1.0f);
+        inputGain = DbToLinear(value, 0.001f, 1.0f);
     } else if (InGroup(index, kParamDelayTime)) {
-        delays[tap].SetDelatTime(internalValue);
+        delays[tap].SetDelatTime(value);
     } else if (InGroup(index, kParamDelayGain)) {
-        delays[tap].SetGain(DbToLinear(internalValue, 0.001f, 2.0f));
+        delays[tap].SetGain(DbToLinear(value, 0.001f, 2.0f));
     } else if (InGroup(index, kParamDelayPan)) {
-        delays[tap].SetPan(normalised);
+        delays[tap].SetPan(value);
     } else if (InGroup(index, kParamFilterCutoff)) {
-        delays[tap].SetFilterFreq(internalValue);
+        delays[tap].SetFilterFreq(value);
     } else if (InGroup(index, kParamFilterType)) {
-        delays[tap].SetFilterType(internalValue);
+        delays[tap].SetFilterType(value);
     } else if (InGroup(index, kParamFilterGain)) {
-        delays[tap].SetFilterGain(internalValue);
+        delays[tap].SetFilterGain(value);
     } else if (InGroup(index, kParamFilterQ)) {
-        delays[tap].SetFilterQ(internalValue);
+        delays[tap].SetFilterQ(value);
     } else if (InGroup(index, kParamFilterOnOff)) {
-        delays[tap].SetFilterActive(normalised);
+        delays[tap].SetFilterActive(value);
     } else if (index == kParamFeedBackOnOff) {
-        for (DelayMain& delay : delays) delay.SetFeedBackOn(normalised);
+        for (DelayMain& delay : delays) delay.SetFeedBackOn(value);
     } else if (index == kParamFeedBack) {
-        for (DelayMain& delay : delays) delay.SetFeedBack(normalised);
+        for (DelayMain& delay : delays) delay.SetFeedBack(value);
+    }
+}
+
+// Parameter writes since the record was last read go into the current
+// program's record; every reader of the banks calls this first, holding the
+// program lock.
+void ATapDelay::FoldPendingRecords() {
+    for (uint64_t bits = pendingRecords.exchange(0); bits; bits &= bits - 1) {
+        int index = __builtin_ctzll(bits);
+        CurrentRecord().values[SlotOfParam(index)] = recordValues[index];
     }
 }
 
 void ATapDelay::setParameter(VstInt32 index, float value) {
     // The window is told before the lock, so it never waits on the audio thread.
     if (editorView && IsValidParam(index)) editorView->UpdateControl(index, value);
-    CSingleLock lock(engineLock);
     if (!IsValidParam(index)) return;
     bool writeRecord = index != kParamTempoSync && index != kParamSyncNote;
     ApplyParameter(index, value, NormalizeValToInternalVal(index, value), writeRecord);
 }
 
 void ATapDelay::setParameterFromDiaplay(int index, float value) {
-    CSingleLock lock(engineLock);
     float normalised = value;
     bool changes = IsValidParam(index) && index != kParamOnOff && index != kParamFeedBackOnOff &&
                    index != kParamTempoSync && index != kParamSyncNote;
@@ -179,7 +203,6 @@ void ATapDelay::setParameterFromDiaplay(int index, float value) {
 }
 
 void ATapDelay::setParameterFormUI(int index, float value) {
-    CSingleLock lock(engineLock);
     if (index == kParamSyncNote) {
         // The note menu sends the note index itself, not a normalised value.
         ApplyParameter(index, ValToNormalizeValue(index, value), value, true);
@@ -190,7 +213,6 @@ void ATapDelay::setParameterFormUI(int index, float value) {
 }
 
 void ATapDelay::RecomputeInternalValues() {
-    CSingleLock lock(engineLock);
     auto recompute = [this](int index) {
         internal[index] = NormalizeValToInternalVal(index, params[index]);
     };
@@ -206,6 +228,5 @@ void ATapDelay::RecomputeInternalValues() {
     recompute(kParamBalance);
     recompute(kParamOutput);
     recompute(kParamInput);
-    outputGain = DbToLinear(internal[kParamOutput], 0.001f, 2.0f);
-    inputGain = DbToLinear(internal[kParamInput], 0.001f, 1.0f);
+    for (int index : {kParamOutput, kParamInput}) Publish(index, params[index], internal[index]);
 }

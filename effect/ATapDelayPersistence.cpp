@@ -67,7 +67,8 @@ void ATapDelay::FindPluginFolder() {
 // --- chunks ------------------------------------------------------------------------
 
 VstInt32 ATapDelay::getChunk(void** data, bool isPreset) {
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
+    FoldPendingRecords();
     if (isPreset) {
         chunkSnapshot[0] = programs[curProgram];
         *data = &chunkSnapshot[0];
@@ -81,7 +82,8 @@ VstInt32 ATapDelay::getChunk(void** data, bool isPreset) {
 
 VstInt32 ATapDelay::setChunk(void* data, VstInt32 byteSize, bool isPreset) {
     if (data && byteSize > 0) {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         if (isPreset) {
             std::memcpy(&programs[curProgram], data, (size_t)std::min(byteSize, kProgramBytes));
         } else {
@@ -121,7 +123,8 @@ void ATapDelay::LoadDefaultBank() {
 }
 
 void ATapDelay::CopyCurrentBankToInitial() {
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
+    FoldPendingRecords();
     std::memcpy(initialPrograms, programs, sizeof programs);
 }
 
@@ -131,7 +134,7 @@ void ATapDelay::SetFactoryProgram() {
     int bytesRead = 0;
     if (ReadBankFile(path.c_str(), cEffect.uniqueID, bank.get(), kBankBytes, &bytesRead) ==
         BankFileStatus::Loaded) {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
         std::memcpy(factoryPrograms, bank.get(), (size_t)bytesRead);
     }
 }
@@ -141,7 +144,8 @@ void ATapDelay::SaveProgram(int index, const char* name) {
     std::string path = std::string(szGlobalMyApplicationDataPathName) + kBankFileName;
 
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         int previous = curProgram;
         programs[index] = programs[previous];
         std::memset(programs[index].name, 0, sizeof programs[index].name);
@@ -154,13 +158,14 @@ void ATapDelay::SaveProgram(int index, const char* name) {
     setProgram(index);
     std::unique_ptr<ATapDelayProgram[]> bank(new ATapDelayProgram[kNumPrograms]);
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         programs[0].currentProgram = index;
         std::memcpy(bank.get(), programs, sizeof programs);
     }
 
     // The file is written outside the lock: a slow disk or the message box
-    // must never hold up the audio thread.
+    // must never hold up another thread's program change.
     bool saved = szGlobalMyApplicationDataPathName[0] != 0 &&
                  MakeFolders(szGlobalMyApplicationDataPathName) &&
                  WriteBankFile(path.c_str(), cEffect.uniqueID, bank.get(), kBankBytes);

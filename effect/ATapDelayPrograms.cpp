@@ -21,44 +21,50 @@ void ATapDelay::setProgram(VstInt32 program) {
     if (!IsValidProgram(program)) return;
     ATapDelayProgram record;
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         curProgram = program;
         // Replayed from a copy, because setParameter writes the same slots back.
         record = programs[program];
     }
-    for (int index = 0; index < kNumParams; index++)
-        setParameter(index, record.values[SlotOfParam(index)]);
-    RecomputeInternalValues();
+    {
+        Batch batch(*this);
+        for (int index = 0; index < kNumParams; index++)
+            setParameter(index, record.values[SlotOfParam(index)]);
+        RecomputeInternalValues();
+    }
     if (editorView) editorView->UpdateModify();
 }
 
 void ATapDelay::setProgramName(char* name) {
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
+    FoldPendingRecords();
     char* target = CurrentRecord().name;
     std::strncpy(target, name, sizeof CurrentRecord().name);
     target[23] = 0;
 }
 
 void ATapDelay::getProgramName(char* name) {
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
     CopyName(CurrentRecord(), name);
 }
 
 bool ATapDelay::getProgramNameIndexed(VstInt32 category, VstInt32 index, char* text) {
     if (!IsValidProgram(index)) return false;
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
     CopyName(programs[index], text);
     return true;
 }
 
 bool ATapDelay::IsProgramChanged() {
-    CSingleLock lock(engineLock);
+    CSingleLock lock(programLock);
+    FoldPendingRecords();
     return std::memcmp(programs[curProgram].values, initialPrograms[curProgram].values,
                        kProgramValueBytes) != 0;
 }
 
-// The operations below hold the engine lock only while they copy records; the
-// reload locks parameter by parameter, so the audio thread never waits for all of it.
+// The operations below copy records under the program lock, which the audio
+// thread never takes; the reload reaches it as one batch (setProgram).
 void ATapDelay::AfterProgramOperation() {
     setProgram(curProgram);
     if (hasHost()) updateDisplay();
@@ -66,7 +72,8 @@ void ATapDelay::AfterProgramOperation() {
 
 void ATapDelay::ProgramToInitial() {
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         programs[curProgram] = initialPrograms[curProgram];
     }
     AfterProgramOperation();
@@ -74,7 +81,8 @@ void ATapDelay::ProgramToInitial() {
 
 void ATapDelay::ProgramToAllInitial() {
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         std::memcpy(programs, initialPrograms, sizeof programs);
     }
     AfterProgramOperation();
@@ -82,7 +90,8 @@ void ATapDelay::ProgramToAllInitial() {
 
 void ATapDelay::ProgramToFactory() {
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         programs[curProgram] = factoryPrograms[curProgram];
     }
     AfterProgramOperation();
@@ -95,7 +104,8 @@ void ATapDelay::ProgramToAllFactory() {}
 
 void ATapDelay::CopyPgFrom(int source) {
     {
-        CSingleLock lock(engineLock);
+        CSingleLock lock(programLock);
+        FoldPendingRecords();
         if (IsValidProgram(source)) programs[curProgram] = programs[source];
     }
     AfterProgramOperation();

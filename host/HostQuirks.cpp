@@ -35,11 +35,10 @@ float TempoFromTimeInfo(const VstTimeInfo* info) {
     return tempo > 0.0f && std::isfinite(tempo) ? tempo : 0.0f;
 }
 
-float TempoFromTempoAt(VstIntPtr answer) { return (float)(answer / 10000.0); }
-
 float HostTempo(AudioEffectX& effect) {
-    if (float tempo = TempoFromTimeInfo(effect.getTimeInfo(kTimeInfoRequest))) return tempo;
-    return TempoFromTempoAt(effect.tempoAt(0));
+    // Asked from the audio thread, where audioMasterGetTime is the one host
+    // call hosts are ready for: no audioMasterTempoAt fallback.
+    return TempoFromTimeInfo(effect.getTimeInfo(kTimeInfoRequest));
 }
 
 std::string PluginFolder(const void* directoryAnswer) {

@@ -5,12 +5,13 @@
 //
 // | Case                          | Known hosts              | What the host does                                      | What we do                                              |
 // |-------------------------------|--------------------------|---------------------------------------------------------|---------------------------------------------------------|
-// | Tempo in the wrong scale      | Ardour 7 (Debian 12:     | answers audioMasterTempoAt with BPM x 1000, not         | HostTempo: the tempo of audioMasterGetTime asked with   |
-// |                               | 7.3)                     | x 10000: 120 BPM reads as 12 BPM                        | kVstTempoValid comes first; TempoAt only without it     |
-// | No tempo answer               | hosts that dropped the   | answer 0 to audioMasterTempoAt (deprecated in 2.4)      | the same: time info first; a 0 from TempoAt gives no    |
-// |                               | deprecated opcodes       |                                                         | tempo, and the tap times stay as they are               |
-// | Time info without the tempo   | minimal hosts, some      | audioMasterGetTime answers null, or a record without    | HostTempo falls back to audioMasterTempoAt              |
-// |                               | bridges                  | kVstTempoValid, or with a tempo of 0                    |                                                         |
+// | Tempo in the wrong scale      | Ardour 7 (Debian 12:     | answers audioMasterTempoAt with BPM x 1000, not         | HostTempo: only the tempo of audioMasterGetTime asked   |
+// |                               | 7.3)                     | x 10000: 120 BPM reads as 12 BPM                        | with kVstTempoValid; TempoAt is never asked             |
+// | No tempo answer               | hosts that dropped the   | answer 0 to audioMasterTempoAt (deprecated in 2.4)      | nothing to do: TempoAt is never asked                   |
+// |                               | deprecated opcodes       |                                                         |                                                         |
+// | Time info without the tempo   | minimal hosts, some      | audioMasterGetTime answers null, or a record without    | no tempo: the tap times stay as they are. TempoAt is a  |
+// |                               | bridges                  | kVstTempoValid, or with a tempo of 0                    | host call from the audio thread hosts may serve with a  |
+// |                               |                          |                                                         | lock, so it is not a fallback                           |
 // | No directory answer           | Ardour, most Linux hosts | audioMasterGetDirectory answers 0 (others give the      | PluginFolder: the folder of the loaded library          |
 // |                               |                          | plug-in file's path rather than its folder)             | (dladdr); a file path is cut back to its folder         |
 // | Blocks longer than announced  | hosts that change the    | process more frames than the last effSetBlockSize, or   | WorkBlockSize caps and defaults the taps' work buffers; |
@@ -54,16 +55,12 @@ namespace HostQuirks {
 constexpr VstInt32 kTimeInfoRequest = kVstTempoValid;
 
 // The host tempo in beats per minute: from the time info when the host gives
-// one that carries kVstTempoValid and a tempo above 0, otherwise from
-// audioMasterTempoAt at position 0 (answer / 10000). 0 when the host gives
-// neither. Held as float, as the tap times are.
+// one that carries kVstTempoValid and a tempo above 0, else 0. Held as float,
+// as the tap times are.
 float HostTempo(AudioEffectX& effect);
 
 // The tempo a time-info record carries, or 0 when it carries none.
 float TempoFromTimeInfo(const VstTimeInfo* info);
-
-// The tempo an audioMasterTempoAt answer stands for (0 for none).
-float TempoFromTempoAt(VstIntPtr answer);
 
 // The folder (ending in '/') that holds the plug-in, from the host's
 // audioMasterGetDirectory answer (null, a folder, or the plug-in file), else
@@ -71,7 +68,7 @@ float TempoFromTempoAt(VstIntPtr answer);
 std::string PluginFolder(const void* directoryAnswer);
 
 // Work buffers are never made longer than this; longer blocks are sliced.
-constexpr int kMaxWorkBlock = 1 << 16;
+constexpr int kMaxWorkBlock = 8192;
 // Frames per work buffer for an effSetBlockSize value.
 int WorkBlockSize(VstInt32 announced);
 

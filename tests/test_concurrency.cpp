@@ -13,7 +13,7 @@
 TEST(Concurrency, AudioThreadAndUserInterfaceThreadTogether) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin;
-    plugin.tempoAnswer = 1200000;
+    plugin.giveTempo(120.0);
     plugin.prepare(48000.0f, 256);
     plugin.setParameter(57, 1.0f);
     plugin.setParameter(58, 0.5f);

@@ -15,7 +15,7 @@
 TEST(EditorConcurrency, AudioAutomationAndTheUserInterfaceThreadTogether) {
     EditorFixture fixture;
     ATapDelay& effect = fixture.effect();
-    fixture.host().tempoAnswer = 1200000;  // 120 beats per minute
+    fixture.host().tempo = 120.0;
     effect.setSampleRate(48000.0f);
     effect.setBlockSize(256);
     effect.setParameter(60, 1.0f);  // tempo sync on

@@ -164,7 +164,7 @@ TEST(ProcessingGuards, EmptyAndNegativeBlocksAndSampleRatesDoNothing) {
 }
 
 TEST_F(Processing, SteadyTempoKeepsTheEchoesRinging) {
-    plugin.tempoAnswer = 1200000;
+    plugin.giveTempo(120.0);
     plugin.setParameter(61, 1.0f / 3.0f);  // 8th: 250 ms, 11025 samples
     plugin.setParameter(60, 1.0f);
     plugin.setParameter(59, 1.0f);

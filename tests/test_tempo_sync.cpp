@@ -1,6 +1,6 @@
 // Where tempo sync takes the host tempo from, through the built plug-in: the
-// time info when it carries a tempo, audioMasterTempoAt otherwise, with the
-// answers real hosts give (no time info, no tempo flag, a tempo of 0, Ardour's
+// time info when it carries a tempo, never audioMasterTempoAt (a host call
+// from the audio thread), with the answers real hosts give (no time info, no tempo flag, a tempo of 0, Ardour's
 // BPM x 1000, no answer at all).
 #include <gtest/gtest.h>
 
@@ -26,8 +26,7 @@ struct HostAnswers {
     bool timeInfo;      // audioMasterGetTime answers a record (else null)
     VstInt32 flags;     // the record's flags
     double tempo;       // the record's tempo
-    VstIntPtr tempoAt;  // the audioMasterTempoAt answer
-    bool asksTempoAt;   // whether the plug-in has to fall back to it
+    VstIntPtr tempoAt;  // the audioMasterTempoAt answer, never asked
     Texts taps;         // the six tap times afterwards ("8th" notes)
 };
 
@@ -37,21 +36,16 @@ const VstInt32 kPlaying = kVstTransportPlaying | kVstPpqPosValid | kVstBarsValid
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 const HostAnswers kHosts[] = {
-    {"time info at 120", true, kPlaying | kVstTempoValid, 120.0, 0, false, kEighthsAt120},
+    {"time info at 120", true, kPlaying | kVstTempoValid, 120.0, 0, kEighthsAt120},
     {"time info at 120, TempoAt x 1000 (Ardour 7)", true, kPlaying | kVstTempoValid, 120.0,
-     120000, false, kEighthsAt120},
-    {"time info without the tempo flag", true, kPlaying, 90.0, 1200000, true, kEighthsAt120},
-    {"time info with a tempo of 0", true, kPlaying | kVstTempoValid, 0.0, 1200000, true,
-     kEighthsAt120},
-    {"time info with a negative tempo", true, kVstTempoValid, -120.0, 1200000, true,
-     kEighthsAt120},
-    {"time info with a tempo that is not a number", true, kVstTempoValid, kNaN, 1200000, true,
-     kEighthsAt120},
-    {"no time info, TempoAt as documented", false, 0, 0.0, 1200000, true, kEighthsAt120},
-    // 12 BPM: an 8th is 2500 ms; its multiples reach 4000 ms and are skipped.
-    {"no time info, TempoAt x 1000", false, 0, 0.0, 120000, true,
-     {"2500.0", "10.0", "10.0", "10.0", "10.0", "10.0"}},
-    {"no time info, TempoAt 0", false, 0, 0.0, 0, true, kUnchanged},
+     120000, kEighthsAt120},
+    {"time info without the tempo flag", true, kPlaying, 90.0, 1200000, kUnchanged},
+    {"time info with a tempo of 0", true, kPlaying | kVstTempoValid, 0.0, 1200000, kUnchanged},
+    {"time info with a negative tempo", true, kVstTempoValid, -120.0, 1200000, kUnchanged},
+    {"time info with a tempo that is not a number", true, kVstTempoValid, kNaN, 1200000,
+     kUnchanged},
+    {"no time info, TempoAt as documented", false, 0, 0.0, 1200000, kUnchanged},
+    {"no time info, TempoAt 0", false, 0, 0.0, 0, kUnchanged},
 };
 
 class TempoSource : public ::testing::TestWithParam<HostAnswers> {
@@ -85,11 +79,7 @@ TEST_P(TempoSource, TapTimes) {
     auto getTime = plugin.callsWithOpcode(audioMasterGetTime);
     ASSERT_EQ(getTime.size(), 1u);
     EXPECT_EQ(getTime[0].value & kVstTempoValid, kVstTempoValid);
-    auto tempoAt = plugin.callsWithOpcode(audioMasterTempoAt);
-    ASSERT_EQ(tempoAt.size(), host.asksTempoAt ? 1u : 0u);
-    if (host.asksTempoAt) {
-        EXPECT_EQ(tempoAt[0].value, 0);
-    }
+    EXPECT_TRUE(plugin.callsWithOpcode(audioMasterTempoAt).empty());
     EXPECT_TRUE(plugin.callsWithOpcode(audioMasterAutomate).empty());
 }
 
@@ -105,7 +95,7 @@ TEST(TempoSync, EveryNoteValueAndTheFourSecondLimit) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin;
     plugin.prepare(44100.0f, 512);
-    plugin.tempoAnswer = 300000;  // 30 BPM: a 2000 ms quarter
+    plugin.giveTempo(30.0);  // a 2000 ms quarter
     plugin.setParameter(60, 1.0f);
     // Targets of 4000 ms or more are skipped: those taps keep their times.
     const std::pair<float, Texts> notes[] = {
@@ -121,7 +111,7 @@ TEST(TempoSync, EveryNoteValueAndTheFourSecondLimit) {
         for (int tap = 0; tap < 6; tap++) EXPECT_EQ(plugin.display(3 + tap), taps[tap]) << note << " " << tap;
     }
     // Tempo sync at anything but exactly 1.0 does not follow, nor ask.
-    plugin.tempoAnswer = 1200000;
+    plugin.giveTempo(120.0);
     plugin.setParameter(60, 0.99f);
     plugin.clearCalls();
     plugin.processDouble(left, right, outLeft, outRight);

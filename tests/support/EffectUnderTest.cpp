@@ -27,7 +27,10 @@ VstIntPtr EffectUnderTest::callback(AEffect*, VstInt32 opcode, VstInt32 index, V
     g_current->calls.push_back({opcode, index, value, opt});
     switch (opcode) {
         case audioMasterVersion: return 2400;
-        case audioMasterTempoAt: return g_current->tempoAnswer;
+        case audioMasterGetTime:
+            g_current->timeInfo.tempo = g_current->tempo;
+            g_current->timeInfo.flags = kVstTempoValid;
+            return (VstIntPtr)&g_current->timeInfo;
         case audioMasterGetDirectory:
             return g_current->directoryAnswer.empty() ? 0
                                                       : (VstIntPtr)g_current->directoryAnswer.c_str();

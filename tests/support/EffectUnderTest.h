@@ -37,7 +37,8 @@ public:
 
     std::vector<HostCall> calls;
     std::string directoryAnswer;
-    VstIntPtr tempoAnswer = 0;
+    double tempo = 0;  // given in the audioMasterGetTime answer, 0 for none
+    VstTimeInfo timeInfo{};
     RecordingView view;
 
 private:

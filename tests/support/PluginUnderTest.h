@@ -55,6 +55,12 @@ public:
     // Answer to audioMasterGetTime: &timeInfo when given, else null.
     bool timeInfoGiven = false;
     VstTimeInfo timeInfo{};
+    // Time info that carries this tempo.
+    void giveTempo(double bpm) {
+        timeInfoGiven = true;
+        timeInfo.flags = kVstTempoValid;
+        timeInfo.tempo = bpm;
+    }
     VstIntPtr versionAnswer = 2400; // answer to audioMasterVersion
     // Answer to audioMasterGetDirectory ("" = none, so the plug-in finds its own
     // folder with the factory bank). By default an empty folder: a fresh bank.
