@@ -172,8 +172,6 @@ TEST_F(EditorInteraction, TypedValuesReachTheirParameters) {
 TEST_F(EditorInteraction, TypedValuesAreClampedAndOddInputIsHarmless) {
     const CPoint cutoff(498, RowTop(0) + 8);
     const CPoint gain(266, RowTop(0) + 8);
-    float min = 0, max = 0;
-    GetParamMinMax(27, &min, &max);
     TypeInto(cutoff, "9999999");
     EXPECT_EQ(effect().getParameter(27), 1.0f) << "above the range: the maximum";
     TypeInto(gain, "-999");
