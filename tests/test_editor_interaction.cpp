@@ -121,32 +121,6 @@ TEST_F(EditorInteraction, LevelSlidersRunFromBottomToTop) {
     EXPECT_EQ(effect().getParameter(1), 1.0f);
 }
 
-// A knob dragged upward and across turns with the pointer; the host sees one
-// gesture for the whole drag.
-TEST_F(EditorInteraction, AKnobDragIsOneGesture) {
-    const CPoint centre(291 + 17, RowTop(0) - 9 + 17);
-    calls().clear();
-    TestEnvironment& env = fixture.env();
-    CPoint p = fixture.Screen(centre.x - 17, centre.y);  // left middle: 0.2
-    env.MovePointer(p.x, p.y);
-    env.PressButton(1);
-    env.Settle();
-    p = fixture.Screen(centre.x, centre.y - 17);  // top: 0.5
-    env.MovePointer(p.x, p.y);
-    env.Settle();
-    p = fixture.Screen(centre.x + 17, centre.y);  // right middle: 0.8
-    env.MovePointer(p.x, p.y);
-    env.ReleaseButton(1);
-    env.Settle();
-    fixture.Idle();
-    EXPECT_NEAR(effect().getParameter(9), 0.8f, 1e-6);
-    const std::vector<VstInt32> gesture = GestureFor(9);
-    ASSERT_GE(gesture.size(), 4u);
-    EXPECT_EQ(gesture.front(), audioMasterBeginEdit);
-    EXPECT_EQ(gesture.back(), audioMasterEndEdit);
-    EXPECT_EQ(std::count(gesture.begin(), gesture.end(), audioMasterBeginEdit), 1);
-}
-
 TEST_F(EditorInteraction, TheFilterTypeTextCyclesThroughTheThreeTypes) {
     const CPoint text(451, RowTop(2) + 8);
     effect().setParameterFromDiaplay(33 + 2, 0.0f);
@@ -198,8 +172,6 @@ TEST_F(EditorInteraction, TypedValuesReachTheirParameters) {
 TEST_F(EditorInteraction, TypedValuesAreClampedAndOddInputIsHarmless) {
     const CPoint cutoff(498, RowTop(0) + 8);
     const CPoint gain(266, RowTop(0) + 8);
-    float min = 0, max = 0;
-    GetParamMinMax(27, &min, &max);
     TypeInto(cutoff, "9999999");
     EXPECT_EQ(effect().getParameter(27), 1.0f) << "above the range: the maximum";
     TypeInto(gain, "-999");
@@ -253,6 +225,8 @@ TEST_F(EditorInteraction, ForwardedKeysTypeIntoTheField) {
     EXPECT_FALSE(fixture.window().GetEntryWindow().IsWindowVisible());
 }
 
+// The note menu opens only with tempo sync on; the host is told the note
+// index itself, not a normalised value.
 TEST_F(EditorInteraction, TheSyncNoteMenuOpensOnlyWithTempoSyncOn) {
     const CPoint note(200, 342);
     bool opened = false;
@@ -263,7 +237,7 @@ TEST_F(EditorInteraction, TheSyncNoteMenuOpensOnlyWithTempoSyncOn) {
         effect().setParameter(60, 0.0f);
         fixture.Click(note.x, note.y);
     }
-    EXPECT_FALSE(opened) << "no menu while tempo sync is off";
+    EXPECT_FALSE(opened);
 
     effect().setParameter(60, 1.0f);
     ModalScript script(fixture.env());
@@ -275,8 +249,7 @@ TEST_F(EditorInteraction, TheSyncNoteMenuOpensOnlyWithTempoSyncOn) {
     const std::vector<HostCall> automate = fixture.host().callsWithOpcode(audioMasterAutomate);
     ASSERT_FALSE(automate.empty());
     EXPECT_EQ(automate.back().index, 61);
-    EXPECT_EQ(automate.back().opt, 2.0f) << "the note index itself";
-    EXPECT_EQ(fixture.host().display(61), "16th");
+    EXPECT_EQ(automate.back().opt, 2.0f);
 }
 
 TEST_F(EditorInteraction, TheCopyMenuListsEveryProgramAndCopiesTheChosenOne) {
@@ -302,8 +275,16 @@ TEST_F(EditorInteraction, TheCopyMenuListsEveryProgramAndCopiesTheChosenOne) {
     EXPECT_EQ(0, std::memcmp(&bank[5 * kProgramBytes], &bank[8 * kProgramBytes], kProgramValueBytes));
 }
 
-// Shift on the effect switch also resets the program to its factory values.
-TEST_F(EditorInteraction, ModifiersOnTheEffectSwitchResetPrograms) {
+// The modified indicator reverts the program; shift on the effect switch
+// resets it to its factory values.
+TEST_F(EditorInteraction, TheIndicatorRevertsAndShiftResetsTheProgram) {
+    const float original = effect().getParameter(10);
+    effect().setParameter(10, original == 0.25f ? 0.75f : 0.25f);
+    ASSERT_TRUE(effect().IsProgramChanged());
+    fixture.Click(237, 18);
+    EXPECT_EQ(effect().getParameter(10), original);
+    EXPECT_FALSE(effect().IsProgramChanged());
+
     effect().setParameter(3, 0.9f);
     effect().setParameter(0, 1.0f);
     fixture.env().PressKey(kShift);
@@ -323,15 +304,6 @@ TEST_F(EditorInteraction, ModifiersOnTheEffectSwitchResetPrograms) {
     EXPECT_EQ(effect().getParameter(5), 0.66f);
     effect().setProgram(1);
     EXPECT_EQ(effect().getParameter(4), 0.77f);
-}
-
-TEST_F(EditorInteraction, TheIndicatorRevertsTheProgram) {
-    const float original = effect().getParameter(10);
-    effect().setParameter(10, original == 0.25f ? 0.75f : 0.25f);
-    ASSERT_TRUE(effect().IsProgramChanged());
-    fixture.Click(237, 18);
-    EXPECT_EQ(effect().getParameter(10), original);
-    EXPECT_FALSE(effect().IsProgramChanged());
 }
 
 // The save dialog, checked against the bank file the effect writes.
@@ -372,23 +344,20 @@ protected:
     }
 };
 
-TEST_F(EditorSaveDialog, SavesIntoTheChosenSlotAndCancelSavesNothing) {
+// Cancel writes nothing; a save writes the program's values and its name,
+// cut to whole Shift-JIS characters (the X11 test saves with real keys).
+TEST_F(EditorSaveDialog, SavesValuesAndNamesCutToWholeShiftJisCharacters) {
     Save(9, "Long Hall", kEscape);
     EXPECT_TRUE(BankFile().empty()) << "cancel writes no file";
 
     effect().setParameter(3, 0.625f);
-    Save(9, "Long Hall", kReturn);
+    Save(2, "abcdefghijklmnopqrstuvwxyz1234", kReturn);
     const std::vector<unsigned char> file = BankFile();
     ASSERT_EQ(file.size(), 17824u);
-    EXPECT_EQ(StoredName(file, 9), "Long Hall");
+    EXPECT_EQ(StoredName(file, 2), "abcdefghijklmnopqrstuvw") << "30 characters keep their first 23";
     float stored = 0;
-    std::memcpy(&stored, &file[kBankFileHeaderBytes + 9 * kProgramBytes + 3 * 4], 4);
+    std::memcpy(&stored, &file[kBankFileHeaderBytes + 2 * kProgramBytes + 3 * 4], 4);
     EXPECT_EQ(stored, 0.625f);
-}
-
-TEST_F(EditorSaveDialog, NamesAreCutToWholeShiftJisCharacters) {
-    Save(2, "abcdefghijklmnopqrstuvwxyz1234", kReturn);
-    EXPECT_EQ(StoredName(BankFile(), 2), "abcdefghijklmnopqrstuvw") << "30 characters keep their first 23";
 
     // 22 ASCII characters and a half-width katakana (one byte with the high
     // bit): the 23rd byte counts as a lead byte and goes.

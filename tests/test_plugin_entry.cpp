@@ -43,10 +43,6 @@ TEST(Entry, AEffectRecordCarriesTheIdentity) {
         {"resvd1", e->resvd1, 0},            {"resvd2", e->resvd2, 0}};
     for (const auto& [name, value, expected] : fields) EXPECT_EQ(value, expected) << name;
     EXPECT_FLOAT_EQ(e->ioRatio, 1.0f);
-    EXPECT_NE(e->object, nullptr);
-    EXPECT_NE(e->processReplacing, nullptr);
-    EXPECT_NE(e->processDoubleReplacing, nullptr);
-    EXPECT_NE(e->process, nullptr);
     // The first thing the entry does is ask the host's version.
     ASSERT_FALSE(plugin.calls.empty());
     EXPECT_EQ(plugin.calls[0].opcode, audioMasterVersion);
@@ -192,18 +188,17 @@ TEST_F(Dispatcher, ParameterPropertiesForAllParameters) {
     int covered = 0;
     for (const Group& g : table) {
         for (int index = g.first; index < g.first + g.count; index++, covered++) {
-            VstParameterProperties p;
+            // Everything not named here stays cleared.
+            VstParameterProperties expected{}, p;
+            expected.stepFloat = expected.smallStepFloat = expected.largeStepFloat = g.step;
+            std::strcpy(expected.label, g.label);
+            expected.flags = g.flags;
             std::memset(&p, 0x55, sizeof p);
             EXPECT_EQ(plugin.dispatch(effGetParameterProperties, index, 0, &p), 1);
             EXPECT_EQ(p.flags, g.flags) << index;
             EXPECT_STREQ(p.label, g.label) << index;
             EXPECT_EQ(p.stepFloat, g.step) << index;
-            EXPECT_EQ(p.smallStepFloat, g.step) << index;
-            EXPECT_EQ(p.largeStepFloat, g.step) << index;
-            EXPECT_EQ(p.minInteger, 0) << index;  // the rest of the record cleared
-            EXPECT_EQ(p.maxInteger, 0) << index;
-            EXPECT_EQ(p.stepInteger, 0) << index;
-            EXPECT_EQ(p.category, 0) << index;
+            EXPECT_EQ(0, std::memcmp(&p, &expected, sizeof p)) << index;
         }
     }
     EXPECT_EQ(covered, 62);

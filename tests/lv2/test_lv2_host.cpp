@@ -5,9 +5,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <map>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -205,7 +203,6 @@ TEST(Lv2Host, StateBringsBackTheWholeBankAndRefusesBadChunks) {
     edited.Run();
     std::string saved = edited.StateText();
     EXPECT_TRUE(saved != fresh.StateText());
-
     restored.RestoreStateText(saved);
     restored.Run();
     EXPECT_EQ(restored.Effect()->getProgram(), 5);
@@ -257,10 +254,6 @@ TEST(Lv2Host, TimePositionTempoMovesTheSyncedTaps) {
     instance.Run();
     EXPECT_EQ(instance.Display(kParamDelayTime), "250.0");
 }
-
-}  // namespace
-
-namespace {
 
 // The UI in a plain X window at the screen's corner, clicked with XTest.
 TEST(Lv2Host, EditorClicksWriteThePortValues) {
