@@ -41,6 +41,14 @@
 // |                               |                          | minInteger..maxInteger after the chunk (a cutoff as     | vsthost validate sets every parameter the way such a    |
 // |                               |                          | 20.0, a gain as 0.0), and a switch-flagged selector as  | host would and requires an unchanged state;             |
 // |                               |                          | 0 or 1                                                  | tools/qtractor/check_session.sh checks it in Qtractor   |
+// | Editor switches after a host  | every host (programs,    | changes TempoSync through setParameter, a program or a  | every switch, TempoSync included, shows the integer     |
+// | or program change             | automation, chunks)      | chunk while the editor is open                          | part of the effect's value at the next idle             |
+// | Content scale for HiDPI       | hosts that scale VST 2   | send effVendorSpecific 'PreS' / 'AeCs' with the factor  | the factor sizes the editor (nearest of 1, 1.5, 2),     |
+// |                               | editors; LV2 hosts with  | in opt, or ui:scaleFactor; most Linux hosts send none   | answered 1; without it the user's Size menu choice, the |
+// |                               | ui:scaleFactor           |                                                         | desktop's Xft.dpi or GDK_SCALE decide; a size picked in |
+// |                               |                          |                                                         | the menu asks audioMasterSizeWindow (ui:resize)         |
+// | Keys never forwarded          | Qtractor, MusE           | never call effEditKeyDown                               | as for Ardour: the entry field takes the X keyboard     |
+// |                               |                          |                                                         | focus while it is shown                                 |
 #pragma once
 
 #include <string>
