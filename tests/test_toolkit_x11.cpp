@@ -2,9 +2,9 @@
 // with XTest from a connection of the test's own, the way a host and a user
 // would: windows inside a foreign parent, input, pixels, focus, window-manager
 // properties, and surviving what a host can do to us (destroying our parent,
-// X errors, a server that goes away). The toolkit's windows on top of it run
-// in test_toolkit_behaviour.cpp. Skipped when no server is reachable, unless
-// TAPDELAY_REQUIRE_X11 is set (as tools/test.sh does).
+// X errors, a server that goes away). The toolkit's windows on top of it are
+// walked with real input by the editor's X11 test. Skipped when no server is
+// reachable, unless TAPDELAY_REQUIRE_X11 is set (as tools/test.sh does).
 
 // The toolkit's and GoogleTest's names first: Xlib's macros (None...)
 // would take them over.
