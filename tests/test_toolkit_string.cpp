@@ -1,5 +1,5 @@
-// CString, the string table behind LoadString, the resource folder and the
-// message box.
+// CString, the string table behind LoadString and the resource folder. The
+// message box handler is the effect tests' way of seeing the plug-in's alerts.
 #include <gtest/gtest.h>
 #include <limits.h>
 #include <stdlib.h>
@@ -8,7 +8,6 @@
 #include <string>
 
 #include "tests/support/PluginUnderTest.h"
-#include "toolkit/AfxMessageBox.h"
 #include "toolkit/CString.h"
 #include "toolkit/ResourceFolder.h"
 
@@ -98,26 +97,4 @@ TEST(ToolkitString, ResourceFolderDefaultsToTheModulesOwnFolder) {
     ASSERT_TRUE(realpath("/proc/self/exe", program));
     const std::string path = program;
     EXPECT_EQ(std::string(AfxGetResourceFolder()), path.substr(0, path.rfind('/') + 1));
-}
-
-namespace {
-
-std::string shownText;
-int RecordMessage(const char* text, unsigned type, unsigned) {
-    shownText = std::string(text) + " " + std::to_string(type);
-    return IDCANCEL;
-}
-
-}  // namespace
-
-TEST(ToolkitString, MessageBoxGoesToTheInstalledHandler) {
-    const AfxMessageBoxHandler previous = AfxSetMessageBoxHandler(&RecordMessage);
-    EXPECT_EQ(AfxMessageBox("The bank could not be saved.", MB_OK | MB_ICONERROR), IDCANCEL);
-    EXPECT_EQ(shownText, "The bank could not be saved. 16");
-    EXPECT_EQ(AfxMessageBox(nullptr), IDCANCEL);
-    EXPECT_EQ(shownText, " 0");
-    EXPECT_EQ(AfxSetMessageBoxHandler(nullptr), &RecordMessage);
-    EXPECT_EQ(AfxMessageBox("logged to stderr"), IDOK);  // the default handler only logs
-    EXPECT_EQ(shownText, " 0");
-    AfxSetMessageBoxHandler(previous);
 }

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "support/TempFolder.h"
 #include "tests/toolkit/HostedWindow.h"
 #include "toolkit/DamageRegion.h"
 #include "toolkit/Gdi.h"
@@ -97,17 +96,6 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     EXPECT_EQ(shot.Root(89, 89), kBlue);
     EXPECT_EQ(shot.Root(90, 90), kRed);
     EXPECT_EQ(shot.At(0, 0), 0u);  // the host's own pixels stay
-    // The same composition as a PNG file.
-    TempFolder folder;
-    ASSERT_TRUE(headless::WriteWindowPng(hosted.host, folder.file("host.png").c_str()));
-    CBitmap png;
-    ASSERT_TRUE(png.LoadFromFile(folder.file("host.png").c_str()));
-    EXPECT_EQ(png.GetBitmapDimension(), CSize(HostedWindow::kHostWidth, HostedWindow::kHostHeight));
-    cairo_surface_flush(png.GetSurface());
-    EXPECT_EQ(reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(png.GetSurface()) +
-                                                 (HostedWindow::kRootY + 50) * cairo_image_surface_get_stride(png.GetSurface()))
-                  [HostedWindow::kRootX + 50] & 0xFFFFFFu,
-              kBlue);
     const auto presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
     EXPECT_EQ(presents[0].area, CRect(0, 0, 300, 200));

@@ -2,9 +2,9 @@
 // with XTest from a connection of the test's own, the way a host and a user
 // would: windows inside a foreign parent, input, pixels, focus, window-manager
 // properties, and surviving what a host can do to us (destroying our parent,
-// X errors, a server that goes away). The toolkit's windows on top of it run
-// in test_toolkit_behaviour.cpp. Skipped when no server is reachable, unless
-// TAPDELAY_REQUIRE_X11 is set (as tools/test.sh does).
+// X errors, a server that goes away). The toolkit's windows on top of it are
+// walked with real input by the editor's X11 test. Skipped when no server is
+// reachable, unless TAPDELAY_REQUIRE_X11 is set (as tools/test.sh does).
 
 // The toolkit's and GoogleTest's names first: Xlib's macros (None...)
 // would take them over.
@@ -343,36 +343,6 @@ TEST_F(X11Backend, PresentShowsExactlyTheDamagedAreaInsideTheHostWindow) {
 
     cairo_surface_destroy(red);
     cairo_surface_destroy(blue);
-}
-
-TEST_F(X11Backend, HostDestroyingOurParentIsReportedAndSurvived) {
-    const Window host = m_driver.HostWindow(100, 80, 400, 300);
-    const NativeWindow window = EmbeddedWindow(host, CRect(0, 0, 200, 100));
-    const NativeWindow popup = m_display->CreatePopupWindow(CRect(0, 0, 50, 50));
-    XDestroyWindow(m_driver, host);
-    XSync(m_driver, False);
-
-    NativeEvent event;
-    ASSERT_TRUE(NextOf(*m_display, event, {native::kDestroyed}));
-    EXPECT_EQ(event.window, window);
-
-    // What the toolkit might still do with it, and requests on a window that
-    // is gone (each an X error): no harm, no exit, the connection lives on.
-    cairo_surface_t* surface = SolidSurface(200, 100, 0, 1, 0);
-    m_display->Present(window, surface, CRect(0, 0, 200, 100));
-    m_display->ShowWindow(window, false);
-    m_display->SetWindowRect(window, CRect(0, 0, 10, 10));
-    m_display->TakeKeyboardFocus(window);
-    m_display->DestroyWindow(window);
-    EXPECT_EQ(m_display->WindowToScreen(host, CPoint(1, 2)), CPoint(1, 2));
-    EXPECT_EQ(m_display->CaptureWindow(host), nullptr);
-    EXPECT_EQ(m_display->CreateChildWindow(host, CRect(0, 0, 10, 10)), 0u);
-    cairo_surface_destroy(surface);
-    EXPECT_TRUE(m_display->IsOpen());
-
-    // Windows we destroy ourselves are not reported back.
-    m_display->DestroyWindow(popup);
-    EXPECT_FALSE(m_display->NextEvent(event, 100));
 }
 
 TEST_F(X11Backend, PopupsAndDialogsCarryWhatWindowManagersNeed) {

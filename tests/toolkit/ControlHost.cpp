@@ -133,12 +133,6 @@ void ModalScript::Turn() {
     if (m_next < m_steps.size() && m_steps[m_next]()) ++m_next;
 }
 
-std::vector<std::string> ControlEnvironmentNames() { return {"headless", "X11"}; }
-
-std::unique_ptr<TestEnvironment> MakeEnvironmentNamed(const std::string& name) {
-    return name == "X11" ? MakeX11Environment() : MakeHeadlessEnvironment();
-}
-
 bool X11IsRequired() {
     const char* required = std::getenv("TAPDELAY_REQUIRE_X11");
     return required && *required && std::string(required) != "0";

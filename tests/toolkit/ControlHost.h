@@ -97,10 +97,6 @@ T* ModalRootAs() {
     return connection ? dynamic_cast<T*>(connection->ModalRoot()) : nullptr;
 }
 
-// The environments the popup and dialog tests run in: headless always, X11
-// when a server is reachable.
-std::vector<std::string> ControlEnvironmentNames();
-std::unique_ptr<TestEnvironment> MakeEnvironmentNamed(const std::string& name);
 // A test's X11 run without a server is skipped, unless TAPDELAY_REQUIRE_X11
 // is set.
 bool X11IsRequired();

@@ -1,6 +1,6 @@
 // The windowing environment the toolkit's behaviour tests run in: the
-// headless backend, or the X11 backend on a real (Xvfb) server driven with
-// XTest. The same tests run on both.
+// headless backend with its input. Real X input is left to the X11 backend's
+// own test and to the editor's, through the built plug-in.
 #pragma once
 
 #include <memory>
@@ -41,7 +41,4 @@ public:
     void TypeText(const std::string& asciiText);
 };
 
-// The headless environment (always available).
 std::unique_ptr<TestEnvironment> MakeHeadlessEnvironment();
-// The X11 environment, or null when no X server is reachable ($DISPLAY).
-std::unique_ptr<TestEnvironment> MakeX11Environment();

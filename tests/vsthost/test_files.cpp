@@ -1,4 +1,5 @@
-// Sound files through libsndfile, and program and bank files byte by byte.
+// Sound files through libsndfile, and the chunk bank and program files byte by
+// byte.
 #include "tools/vsthost/BankFile.h"
 #include "tools/vsthost/WavIO.h"
 
@@ -34,10 +35,6 @@ struct Bytes {
         return *this;
     }
 };
-
-std::vector<uint8_t> slice(const std::vector<uint8_t>& b, size_t at, size_t n) {
-    return {b.begin() + at, b.begin() + at + n};
-}
 
 constexpr int32_t kTapDelayId = 0x56615444;  // 'VaTD'
 
@@ -114,40 +111,6 @@ TEST(BankFiles, OpaqueChunkLayouts) {
     EXPECT_EQ(back.kind, PatchFile::Kind::ProgramChunk);
     EXPECT_EQ(back.programName, "Slapback");
     EXPECT_EQ(back.chunk, program.chunk);
-}
-
-TEST(BankFiles, ParameterProgramsAndBanks) {
-    PatchFile bank;
-    bank.kind = PatchFile::Kind::BankParams;
-    bank.fxId = 0x5A4D444C;
-    bank.formatVersion = 2;
-    bank.currentProgram = 1;
-    bank.programs = {{"First", {0.0f, 0.5f, 1.0f}}, {"A name of twenty-seven chars", {0.25f, 0.75f, 0.125f}}};
-    const std::vector<uint8_t> bytes = serializePatch(bank);
-    // A header of 156 bytes (no chunk size), then two records of 56 bytes
-    // of header and name plus 3 floats.
-    ASSERT_EQ(bytes.size(), 156u + 2 * (56u + 12u));
-    EXPECT_EQ(slice(bytes, 0, 32), Bytes().text("CcnK").word(uint32_t(bytes.size() - 8)).text("FxBk").word(2)
-                                       .word(0x5A4D444C).word(1).word(2).word(1).v);
-    EXPECT_EQ(slice(bytes, 156, 12), Bytes().text("CcnK").word(56 + 12 - 8).text("FxCk").v);
-    EXPECT_EQ(slice(bytes, 156 + 28, 36), Bytes().text("First", 28).word(0).word(0x3F000000).v);  // 0.0f, 0.5f
-
-    const PatchFile back = parsePatch(bytes);
-    EXPECT_EQ(back.kind, PatchFile::Kind::BankParams);
-    EXPECT_EQ(back.currentProgram, 1);
-    ASSERT_EQ(back.programs.size(), 2u);
-    EXPECT_EQ(back.programs[0].name, "First");
-    EXPECT_EQ(back.programs[1].name, "A name of twenty-seven char");  // 27 kept
-    EXPECT_EQ(back.programs[1].params, bank.programs[1].params);
-
-    PatchFile single;
-    single.kind = PatchFile::Kind::ProgramParams;
-    single.programName = "One";
-    single.programs = {{"One", {0.5f, 0.25f}}};
-    const PatchFile one = parsePatch(serializePatch(single));
-    EXPECT_EQ(one.kind, PatchFile::Kind::ProgramParams);
-    EXPECT_EQ(one.numPrograms, 2);
-    EXPECT_EQ(one.programs.at(0).params, (std::vector<float>{0.5f, 0.25f}));
 }
 
 TEST(BankFiles, DamagedFilesAreRefused) {
