@@ -15,7 +15,7 @@ JOBS=${JOBS:-$(nproc)}
 FOLDER=build-coverage
 
 XVFB_NUMBER=$(mktemp)
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
 XVFB_PID=$!
 trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
 for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
@@ -37,5 +37,8 @@ folders=() filters=()
 for folder in host effect dsp editor toolkit lv2; do
   [ -d "$folder" ] && folders+=("$folder/") && filters+=(--filter "$folder/")
 done
-echo "Line coverage of ${folders[*]}:"
-gcovr --root . "${filters[@]}" -j"$JOBS" --print-summary "$FOLDER" | grep -E '^(TOTAL|lines:)'
+# The .ttl generator runs at build time, not under the tests; what it writes
+# is checked through lilv's tools.
+echo "Line coverage of ${folders[*]} (lv2/make_ttl.cpp aside):"
+gcovr --root . "${filters[@]}" --exclude lv2/make_ttl.cpp -j"$JOBS" --print-summary "$FOLDER" |
+  grep -E '^(TOTAL|lines:)'
