@@ -318,8 +318,8 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     idleFor(300);
     state.written.clear();
 
-    // The delay switch of tap 0 (on in program 0), then the left quarter of
-    // its delay-time slider: 0.25 of 4000 ms.
+    // The delay switch of tap 0 (on in program 0), the left quarter of its
+    // delay-time slider (0.25 of 4000 ms) and its gain knob.
     std::thread user([] {
         Display* input = XOpenDisplay(nullptr);
         auto click = [input](int x, int y) {
@@ -331,6 +331,7 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
         };
         click(79, 88);
         click(138 + 27, 88);
+        click(291, 88);  // the gain knob's left-middle point: exactly 0.2
         XCloseDisplay(input);
     });
     idleFor(1000);
@@ -339,6 +340,7 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
 
     EXPECT_EQ(state.written[kFirstParam + kParamDelayOnOff], 0.0f);
     EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], 1000.0f);
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayGain], ToPort(kParamDelayGain, 0.2f));
     // A change from the host reaches the editor's controls without a write back.
     state.written.clear();
     float gain = -12.0f;
