@@ -368,27 +368,3 @@ TEST(DelayReference, SideBySideSkipsMissingTapsAndHandlesAnyCount) {
     DelayMain::ProcessTaps(taps.data(), 0, inputs, got.pairs.data(), n);
     DelayMain::ProcessTaps(nullptr, count, inputs, got.pairs.data(), n);
 }
-
-TEST(DelayConcurrency, SettersFromAnotherThreadAreSafe) {
-    DelayMain tap;
-    tap.SetFilterActive(1.0f);
-    std::atomic<bool> stop{false};
-    std::thread ui([&] {
-        for (std::mt19937 rng(1); !stop;) {
-            tap.SetDelatTime(float(rng() % 2000) / 10.0f);
-            tap.SetFilterFreq(float(100 + rng() % 10000));
-            tap.SetPan(float(rng() % 100) / 100.0f);
-            tap.SetFs(rng() % 2 ? 44100 : 48000);
-            tap.SetBloackSize(1 + int(rng() % 512));
-        }
-    });
-    std::vector<double> in(512, 0.25), left(512), right(512);
-    double* inputs[1] = {in.data()};
-    double* outputs[2] = {left.data(), right.data()};
-    for (int i = 0; i < 3000; ++i)
-        tap.Process(inputs, outputs, 512);
-    stop = true;
-    ui.join();
-    for (double v : left)
-        EXPECT_TRUE(std::isfinite(v));
-}
