@@ -36,15 +36,6 @@ TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
     EXPECT_EQ(plugin.display(33), "L-SH");
 }
 
-TEST(Programs, NamesAreCutTo23Characters) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin;
-    char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";  // 30 characters
-    plugin.dispatch(effSetProgramName, 0, 0, longName);
-    EXPECT_EQ(plugin.programName(), "ABCDEFGHIJKLMNOPQRSTUVW");
-    EXPECT_EQ(plugin.text(effGetProgramNameIndexed, 0), "ABCDEFGHIJKLMNOPQRSTUVW");
-}
-
 TEST(Programs, SelectingAProgramLoadsItsValues) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin;
@@ -60,6 +51,11 @@ TEST(Programs, SelectingAProgramLoadsItsValues) {
     EXPECT_EQ(plugin.display(33), "H-SH");
     EXPECT_EQ(plugin.display(58), "30.0");
     EXPECT_EQ(plugin.program(), 7);
+
+    char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";  // cut to 23 characters
+    plugin.dispatch(effSetProgramName, 0, 0, longName);
+    EXPECT_EQ(plugin.programName(), "ABCDEFGHIJKLMNOPQRSTUVW");
+    EXPECT_EQ(plugin.text(effGetProgramNameIndexed, 7), "ABCDEFGHIJKLMNOPQRSTUVW");
 }
 
 class ProgramOperations : public ::testing::Test {

@@ -87,13 +87,6 @@ TEST_F(UpdatePaths, HostAutomationTellsTheWindowButNotTheHost) {
     EXPECT_EQ(RecordSlot(effect, 5), 0.5f);
 }
 
-TEST_F(UpdatePaths, TapGainAtZeroIsTheSmallestGainNotSilence) {
-    effect->setParameter(59, 1.0f);
-    effect->setParameter(1, (1.0f - 0.001f) / 1.999f);  // output about 0 dB
-    effect->setParameter(9, 0.0f);
-    EXPECT_NEAR(Block(effect, 1024)[441], 0.001, 1e-5);
-}
-
 TEST_F(UpdatePaths, TypedValuesWorkBackwardsFromDisplayUnits) {
     effect->setParameter(59, 0.0f);
     effect->setParameterFromDiaplay(1, 12.0f);
@@ -189,10 +182,12 @@ TEST_F(UpdatePaths, SettingTheSameDelayTimeClearsTheLineAgain) {
 
 TEST_F(UpdatePaths, FeedbackAndSwitchesReachEveryTap) {
     effect->setParameter(59, 1.0f);
+    effect->setParameter(1, (1.0f - 0.001f) / 1.999f);  // output about 0 dB
+    effect->setParameter(9, 0.0f);  // a tap gain of 0 is the smallest gain, not silence
+    EXPECT_NEAR(Block(effect, 1024)[441], 0.001, 1e-5);
     effect->setParameter(57, 1.0f);
     effect->setParameter(58, 1.0f);  // full feedback: the echo returns undiminished
     effect->setParameter(9, (1.0f - 0.001f) / 1.999f);
-    effect->setParameter(1, (1.0f - 0.001f) / 1.999f);
     std::vector<double> out = Block(effect, 2000);
     for (int echo : {441, 882, 1323}) EXPECT_NEAR(out[echo], 1.0, 1e-5) << echo;
     effect->setParameter(57, 0.0f);  // feedback off ignores the stored amount
