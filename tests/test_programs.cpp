@@ -84,7 +84,7 @@ TEST_F(ProgramOperations, ChangeDetectionComparesValuesOnly) {
     EXPECT_EQ(effect.view.modifies, 1);
 }
 
-TEST_F(ProgramOperations, RevertingAllProgramsRestoresTheWholeBank) {
+TEST_F(ProgramOperations, RevertingAllProgramsThenAFactoryResetOfOne) {
     std::vector<unsigned char> initial = effect.bankBytes();
     for (int program : {0, 5, 63}) {
         effect->setProgram(program);
@@ -96,9 +96,8 @@ TEST_F(ProgramOperations, RevertingAllProgramsRestoresTheWholeBank) {
     EXPECT_EQ(std::memcmp(now.data() + 276, initial.data() + 276, now.size() - 276), 0);
     EXPECT_EQ(std::memcmp(now.data(), initial.data(), 272), 0);
     EXPECT_EQ(effect.display(59), "50.0");
-}
 
-TEST_F(ProgramOperations, FactoryResetOfOneProgramOnly) {
+    // Factory reset of one program only.
     effect->setParameter(58, 0.8f);
     effect.calls.clear();
     effect.view.modifies = 0;

@@ -136,7 +136,7 @@ TEST_F(UpdatePaths, TypedValuesWorkBackwardsFromDisplayUnits) {
     EXPECT_FLOAT_EQ(effect->getParameter(58), 0.4f);
 }
 
-TEST_F(UpdatePaths, TypedValuesForSwitchesAndTempoChangeNothing) {
+TEST_F(UpdatePaths, TypedSwitchesTempoAndStrayIndicesChangeNothing) {
     for (int index : {0, 57, 60, 61}) {
         float before = effect->getParameter(index);
         effect.calls.clear();
@@ -150,10 +150,10 @@ TEST_F(UpdatePaths, TypedValuesForSwitchesAndTempoChangeNothing) {
         EXPECT_EQ(effect.calls[1].opt, 0.5f);
     }
     EXPECT_FALSE(effect->IsProgramChanged());
-}
 
-TEST_F(UpdatePaths, IndicesOutsideTheTableChangeNothingButStillReachTheHost) {
+    // Indices outside the table change nothing, but typed and editor values still reach the host.
     std::vector<unsigned char> before = effect.bankBytes();
+    effect.calls.clear();
     effect->setParameter(62, 0.5f);
     effect->setParameter(-1, 0.5f);
     EXPECT_TRUE(effect.calls.empty());
