@@ -84,15 +84,6 @@ TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
     }
 }
 
-TEST(PresetValues, UnlistedParametersKeepTheFreshDefaults) {
-    PresetParseResult result = Parse("[Only Balance]\nBalance = 30 %\n");
-    ASSERT_TRUE(result.ok());
-    const float* v = result.presets[0].record.values;
-    const ATapDelayProgram fresh;
-    for (int slot = 0; slot < 62; slot++)
-        EXPECT_EQ(v[slot], slot == 59 ? 0.3f : fresh.values[slot]) << "slot " << slot;
-}
-
 TEST(PresetErrors, EachBadLineIsReportedWithFileAndLine) {
     const std::pair<const char*, const char*> cases[] = {  // the line, and what the message says
         {"DelayTme0 = 110 ms", "unknown parameter \"DelayTme0\""}, {"DelayTime6 = 110 ms", "unknown parameter"},
