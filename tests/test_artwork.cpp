@@ -37,7 +37,9 @@ Surface Load(const std::string& folder, int id, const char* suffix = "") {
 Surface Load1x(int id) { return Load(TAPDELAY_PLUGIN_DIR, id); }
 
 uint32_t Pixel(cairo_surface_t* surface, int x, int y) {
-    const unsigned char* row = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
+    const unsigned char* data = cairo_image_surface_get_data(surface);
+    if (!data) return 0;  // a missing picture fails the size test
+    const unsigned char* row = data + y * cairo_image_surface_get_stride(surface);
     uint32_t pixel;
     std::memcpy(&pixel, row + 4 * x, 4);
     return pixel;
@@ -77,7 +79,6 @@ TEST(Artwork, EveryPictureHasItsSizeAtEachScaleAndIsOpaque) {
 // whole dB from -37 to +6 must light a row of its own.
 TEST(Artwork, MeterLightsOneStepPerDecibelBetweenIdenticalFrameRows) {
     Surface meter = Load1x(3008);
-    ASSERT_EQ(cairo_surface_status(meter.get()), CAIRO_STATUS_SUCCESS);
     for (int row : {0, 133, 134, 135}) EXPECT_TRUE(SameRect(meter.get(), 0, row, meter.get(), 8, row, 8, 1)) << row;
     for (int dB = -37; dB <= 6; dB++) {
         const int row = 19 - 3 * dB;
@@ -87,8 +88,6 @@ TEST(Artwork, MeterLightsOneStepPerDecibelBetweenIdenticalFrameRows) {
 
 TEST(Artwork, KnobFramesAllDifferAndBlendWithTheBackground) {
     Surface knob = Load1x(3004), background = Load1x(3005);
-    ASSERT_EQ(cairo_surface_status(knob.get()), CAIRO_STATUS_SUCCESS);
-    ASSERT_EQ(cairo_surface_status(background.get()), CAIRO_STATUS_SUCCESS);
     for (int a = 0; a < 61; a++)
         for (int b = a + 1; b < 61; b++)
             EXPECT_FALSE(SameRect(knob.get(), 0, 34 * a, knob.get(), 0, 34 * b, 34, 34)) << a << " " << b;
@@ -107,7 +106,6 @@ TEST(Artwork, KnobFramesAllDifferAndBlendWithTheBackground) {
 // over the rows where the text's letters fall (its baseline is 9 rows down).
 TEST(Artwork, BackgroundShowsPaleWindowsBehindEveryValueText) {
     Surface background = Load1x(3005);
-    ASSERT_EQ(cairo_surface_status(background.get()), CAIRO_STATUS_SUCCESS);
     struct Box {
         int left, top, right, bottom;
     };
@@ -130,8 +128,6 @@ TEST(Artwork, BackgroundShowsPaleWindowsBehindEveryValueText) {
 TEST(Artwork, SwitchesShowTheirStateAndTheirPress) {
     for (auto [off, on] : {std::pair{3010, 3009}, {3018, 3017}, {3002, 3003}, {3020, 3019}, {3012, 3011}}) {
         Surface offPicture = Load1x(off), onPicture = Load1x(on);
-        ASSERT_EQ(cairo_surface_status(offPicture.get()), CAIRO_STATUS_SUCCESS);
-        ASSERT_EQ(cairo_surface_status(onPicture.get()), CAIRO_STATUS_SUCCESS);
         const int w = cairo_image_surface_get_width(offPicture.get());
         const int h = cairo_image_surface_get_height(offPicture.get()) / 2;
         for (int frame = 0; frame < 2; frame++)

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "effect/BankFile.h"
-#include "toolkit/CFile.h"
 #include "toolkit/ResourceFolder.h"
 #include "tests/support/EffectUnderTest.h"
 
@@ -81,25 +80,17 @@ TEST(Chunks, BankRoundTripRestoresEveryProgramAndTheCurrentOne) {
     void* data = nullptr;
     restored.dispatch(effGetChunk, 0, 0, &data);
     EXPECT_EQ(std::memcmp(data, saved.data(), 17664), 0);
-}
 
-TEST(Chunks, ProgramChunkIsTheCurrentRecord) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin;
-    plugin.setProgram(3);
-    plugin.setParameter(5, 0.25f);
-    void* data = nullptr;
-    plugin.dispatch(effGetChunk, 0, 0, &data);
-    std::vector<unsigned char> bank((unsigned char*)data, (unsigned char*)data + 17664);
-    ASSERT_EQ(plugin.dispatch(effGetChunk, 1, 0, &data), 276);
+    // A program chunk is the current record, and loads into whichever program is current.
+    restored.setProgram(5);
+    ASSERT_EQ(restored.dispatch(effGetChunk, 1, 0, &data), 276);
     std::vector<unsigned char> record((unsigned char*)data, (unsigned char*)data + 276);
-    EXPECT_EQ(std::memcmp(record.data(), bank.data() + 3 * 276, 276), 0);
-    EXPECT_EQ(static_cast<float*>(data)[5], 0.25f);
-
-    plugin.setProgram(4);
-    EXPECT_EQ(plugin.dispatch(effSetChunk, 1, 276, record.data()), 0);
-    EXPECT_EQ(plugin.display(5), "1000.0");
-    EXPECT_EQ(plugin.program(), 4);
+    EXPECT_EQ(std::memcmp(record.data(), saved.data() + 5 * 276, 276), 0);
+    restored.setProgram(4);
+    EXPECT_EQ(restored.dispatch(effSetChunk, 1, 276, record.data()), 0);
+    EXPECT_EQ(restored.program(), 4);
+    EXPECT_EQ(restored.programName(), "Program 05");
+    EXPECT_FLOAT_EQ(restored.getParameter(5), 5 / 7.0f);
 }
 
 TEST(Chunks, OddSizesCopyAtMostWhatFits) {
@@ -163,6 +154,12 @@ protected:
 
 TEST_F(BankFiles, UserBankWinsAndFactoryComesFromThePluginFolder) {
     WriteWholeFile(pluginBank(), BankFile(NamedBank("Factory", 0.1f)));
+    {
+        // No user bank: the plug-in folder's, even when the host names the file itself.
+        EffectUnderTest named(pluginFolder.path() + "TapDelay.so");
+        EXPECT_EQ(NameOf(named, 12), "Factory 12");
+        EXPECT_STREQ(named->GetPluginFolder(), pluginFolder.path().c_str());
+    }
     std::vector<ATapDelayProgram> user = NamedBank("User", 0.9f);
     user[0].currentProgram = 6;
     writeUserBank(BankFile(user));
@@ -176,17 +173,6 @@ TEST_F(BankFiles, UserBankWinsAndFactoryComesFromThePluginFolder) {
     EXPECT_EQ(NameOf(effect, 6), "Factory 6");
     EXPECT_EQ(effect.display(59), "10.0");
     EXPECT_TRUE(effect->IsProgramChanged());
-}
-
-TEST_F(BankFiles, PluginFolderBankWhenTheUserHasNone) {
-    WriteWholeFile(pluginBank(), BankFile(NamedBank("Factory", 0.1f)));
-    EffectUnderTest effect(pluginFolder.path());
-    EXPECT_EQ(NameOf(effect, 12), "Factory 12");
-    EXPECT_STREQ(effect->GetPluginFolder(), pluginFolder.path().c_str());
-
-    // The host may name the plug-in file itself rather than its folder.
-    EffectUnderTest named(pluginFolder.path() + "TapDelay.so");
-    EXPECT_EQ(NameOf(named, 12), "Factory 12");
 }
 
 TEST_F(BankFiles, ForeignAndBrokenFilesLeaveTheDefaults) {
@@ -288,23 +274,4 @@ TEST_F(BankFiles, FailedSaveKeepsTheOldFileAndTellsTheUser) {
     // The in-memory save happened all the same.
     EXPECT_EQ(NameOf(effect, 2), "Second");
     EXPECT_EQ(effect->getProgram(), 2);
-}
-
-TEST(BankWords, BigEndianByteByByte) {
-    TempFolder folder;
-    std::string path = folder.path() + "words";
-    {
-        CFile file;
-        ASSERT_TRUE(file.Open(path.c_str(), CFile::modeCreate | CFile::modeWrite));
-        putDWordFile(file, 0x01020304u);
-        putDWordFile(file, 0xFFFEFDFCu);
-    }
-    EXPECT_EQ(ReadWholeFile(path),
-              (std::vector<unsigned char>{1, 2, 3, 4, 0xFF, 0xFE, 0xFD, 0xFC}));
-    CFile file;
-    ASSERT_TRUE(file.Open(path.c_str(), CFile::modeRead));
-    EXPECT_EQ(getDWordFile(file), 0x01020304u);
-    EXPECT_EQ(getWordFile(file), 0xFFFEu);
-    EXPECT_EQ(getWordFile(file), 0xFDFCu);
-    EXPECT_EQ(getWordFile(file), 0u);  // past the end
 }

@@ -49,10 +49,7 @@ TEST(PresetNames, EveryNameThePluginReportsIsKnown) {
     PluginUnderTest plugin;
     for (int index = 0; index < 62; index++)
         EXPECT_EQ(ParamIndexByName(plugin.name(index)), index) << plugin.name(index);
-    EXPECT_EQ(ParamIndexByName("DelayTime6"), -1);
-    EXPECT_EQ(ParamIndexByName("delaytime0"), -1);
-    EXPECT_EQ(ParamIndexByName("DelayTime"), -1);
-    EXPECT_EQ(ParamIndexByName(""), -1);
+    for (const char* unknown : {"DelayTime6", "delaytime0", "DelayTime", ""}) EXPECT_EQ(ParamIndexByName(unknown), -1);
 }
 
 TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
@@ -85,21 +82,6 @@ TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
     for (const Case& c : cases) {
         EXPECT_NEAR(result.presets[0].record.values[c.slot], c.normalised, c.tolerance) << c.line;
     }
-}
-
-TEST(PresetValues, UnlistedParametersKeepTheFreshDefaults) {
-    PresetParseResult result = Parse("[Only Balance]\nBalance = 30 %\n");
-    ASSERT_TRUE(result.ok());
-    const float* v = result.presets[0].record.values;
-    const ATapDelayProgram fresh;
-    for (int slot = 0; slot < 62; slot++)
-        EXPECT_EQ(v[slot], slot == 59 ? 0.3f : fresh.values[slot]) << "slot " << slot;
-    // The fresh values themselves: tap 0 alone on, 10 ms, gain 0.5, no sync.
-    EXPECT_NEAR(v[kTime + 3], 10.0 / 4000.0, 1e-7);
-    EXPECT_NEAR(v[kGain + 3], (0.5 - 0.001) / 1.999, 1e-7);
-    EXPECT_EQ(v[kTapOn + 0], 1.0f);
-    EXPECT_EQ(v[kTapOn + 1], 0.0f);
-    EXPECT_EQ(v[60], 0.0f);
 }
 
 TEST(PresetErrors, EachBadLineIsReportedWithFileAndLine) {
@@ -173,11 +155,7 @@ TEST_F(MakeFxbTool, WritesTheBankFileFromAGoodText) {
     EXPECT_EQ(RunOn(text), std::make_pair(0, std::string()));
     const std::vector<unsigned char> bytes = ReadWholeFile(target);
     ASSERT_EQ(bytes.size(), 17824u);
-    // "CcnK", size field 0, "FBCh", version 1, "VaTD", version 1, 64 programs,
-    // 128 reserved zero bytes, the chunk size 17664, the bank.
-    EXPECT_EQ(std::memcmp(bytes.data(), "CcnK\0\0\0\0FBCh\0\0\0\1VaTD\0\0\0\1\0\0\0\x40", 28), 0);
-    EXPECT_EQ(std::vector<unsigned char>(bytes.begin() + 28, bytes.begin() + 156), std::vector<unsigned char>(128, 0));
-    EXPECT_EQ(std::memcmp(bytes.data() + 156, "\0\0\x45\0", 4), 0);
+    // The header comes from the writer the plug-in saves with (its bytes are checked there).
     std::vector<ATapDelayProgram> bank(64);
     std::string error;
     ASSERT_TRUE(MakeFactoryBank(Parse(text).presets, bank.data(), &error));
@@ -188,16 +166,14 @@ TEST_F(MakeFxbTool, WritesTheBankFileFromAGoodText) {
     EXPECT_EQ(ReadWholeFile(std::string(TAPDELAY_PLUGIN_DIR) + "TapDelayDef.fxb"), ReadWholeFile(target));
 }
 
-TEST_F(MakeFxbTool, BadInputFailsWithLineNumbersAndWritesNothing) {
+TEST_F(MakeFxbTool, BadInputMissingFilesAndArgumentsFailAndWriteNothing) {
     auto run = RunOn("[Fine]\nDelayTime0 = 110 ms\nDelayGian0 = -3 dB\nFeedBack = 120 %\n");
     EXPECT_NE(run.first, 0);
     EXPECT_NE(run.second.find(source + ":3: unknown parameter \"DelayGian0\""), std::string::npos) << run.second;
     EXPECT_NE(run.second.find(source + ":4: FeedBack: 120 % is out of range"), std::string::npos) << run.second;
     EXPECT_FALSE(Written());
-}
 
-TEST_F(MakeFxbTool, MissingFilesAndArgumentsFail) {
-    auto run = RunTool(folder.path() + "absent.txt " + target);
+    run = RunTool(folder.path() + "absent.txt " + target);
     EXPECT_NE(run.first, 0);
     EXPECT_NE(run.second.find("absent.txt: cannot be read"), std::string::npos) << run.second;
     std::ofstream(source) << "[Fine]\n";
