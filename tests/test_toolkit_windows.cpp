@@ -81,6 +81,15 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     ASSERT_TRUE(second.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(45, 45, 90, 90), &root, 3));
     // Reaches outside its parent: cut at the parent's edge.
     ASSERT_TRUE(inner.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(30, 30, 80, 80), &first, 4));
+    // Windows without a paint handler: the class brush erases, a hollow one
+    // leaves the parent's pixels.
+    LPCTSTR greyClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
+    LPCTSTR hollowClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(NULL_BRUSH)));
+    EXPECT_STREQ(greyClass, AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH))));
+    EXPECT_EQ(GetStockObject(6), nullptr);
+    CWnd grey, hollow;
+    ASSERT_TRUE(grey.Create(greyClass, "", WS_CHILD | WS_VISIBLE, CRect(200, 100, 240, 140), &root, 5));
+    ASSERT_TRUE(hollow.Create(hollowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &grey, 6));
     headless::TakePresents();
     Pump();
     EXPECT_EQ(paints, (std::vector<std::string>{"1", "2", "4", "3"}));
@@ -95,6 +104,8 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     EXPECT_EQ(shot.Root(60, 45), kBlue);
     EXPECT_EQ(shot.Root(89, 89), kBlue);
     EXPECT_EQ(shot.Root(90, 90), kRed);
+    EXPECT_EQ(shot.Root(220, 120), 0x808080u);
+    EXPECT_EQ(shot.Root(205, 105), 0x808080u);
     EXPECT_EQ(shot.At(0, 0), 0u);  // the host's own pixels stay
     const auto presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
@@ -220,20 +231,6 @@ TEST(DamageRegions, MergeNeighboursAndStayFew) {
                                   r.right >= added(i).right && r.bottom >= added(i).bottom);
         EXPECT_TRUE(covered) << i;
     }
-}
-
-TEST_F(ToolkitWindows, ClassBackgroundBrushErasesUnlessHollow) {
-    CWnd grey, hollow;
-    LPCTSTR greyClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
-    LPCTSTR hollowClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(NULL_BRUSH)));
-    EXPECT_STREQ(greyClass, AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH))));
-    EXPECT_EQ(GetStockObject(6), nullptr);
-    ASSERT_TRUE(hosted.CreateRoot(grey, greyClass));
-    ASSERT_TRUE(hollow.Create(hollowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &grey, 2));
-    Pump();
-    Shot shot(hosted.host);
-    EXPECT_EQ(shot.Root(20, 20), 0x808080u);
-    EXPECT_EQ(shot.Root(5, 5), 0x808080u);  // the hollow child leaves its parent's pixels
 }
 
 TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
