@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr unsigned long kLeft = 0xff51, kRight = 0xff53, kUp = 0xff52, kDown = 0xff54;
+constexpr unsigned long kLeft = 0xff51, kRight = 0xff53;
 constexpr unsigned long kHome = 0xff50, kEnd = 0xff57, kBackspace = 0xff08, kDelete = 0xffff;
 constexpr unsigned long kShift = 0xffe1;
 constexpr int kEditId = 77;
@@ -233,14 +233,6 @@ TEST_F(ToolkitEdit, ASpinStepsWithinItsRangeAndShowsThePositionInItsBuddy) {
         if (c.message == WM_VSCROLL) scrolls.push_back(c);
     EXPECT_EQ(scrolls, (std::vector<CommandRecorder::Command>{{WM_VSCROLL, MAKEWPARAM(4, 1), handle},
                                                               {WM_VSCROLL, MAKEWPARAM(4, 0), handle}}));
-
-    // Up and Down in the buddy step it.
-    edit.SetFocus();
-    Type(kUp);
-    Type(kUp);
-    EXPECT_EQ(spin.GetPos(), 2);
-    Type(kDown);
-    EXPECT_EQ(TextOf(edit), "1");
 
     // Text set on the buddy moves the spin; SetTextForSpin does not.
     edit.SetWindowText("7");
