@@ -120,10 +120,12 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     EXPECT_EQ(raised.Root(60, 59), kBlue);
 }
 
-TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPump) {
+TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPumpAndClientDcsPresentAtOnce) {
     Painter root(RGB(255, 0, 0)), child(RGB(0, 255, 0));
+    CWnd plain;
     ASSERT_TRUE(hosted.CreateRoot(root));
     ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(200, 100, 250, 150), &root, 2));
+    ASSERT_TRUE(plain.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(100, 50, 120, 60), &root, 3));
     Pump();
     headless::TakePresents();
     root.updates.clear();
@@ -162,28 +164,22 @@ TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPump) {
     Pump();
     EXPECT_EQ(paints, std::vector<std::string>{"1"});
     EXPECT_EQ(Shot(hosted.host).Root(210, 110), kBlue);
-}
 
-TEST_F(ToolkitWindows, ClientDcDrawsAndPresentsAtOnce) {
-    Painter root(RGB(255, 0, 0));
-    CWnd child;
-    ASSERT_TRUE(hosted.CreateRoot(root));
-    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(100, 50, 120, 60), &root, 2));
-    Pump();
+    // A client DC draws and presents at once, clipped to its window.
     headless::TakePresents();
     {
-        CClientDC dc(&child);
+        CClientDC dc(&plain);
         dc.FillSolidRect(-5, -5, 8, 100, RGB(0, 255, 0));  // clipped to the child
     }
-    const auto presents = headless::TakePresents();
+    presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
     EXPECT_EQ(presents[0].area, CRect(100, 50, 103, 60));
-    Shot shot(hosted.host);
-    EXPECT_EQ(shot.Root(100, 50), kGreen);
-    EXPECT_EQ(shot.Root(102, 59), kGreen);
-    EXPECT_EQ(shot.Root(103, 50), kRed);
-    EXPECT_EQ(shot.Root(99, 50), kRed);
-    EXPECT_EQ(shot.Root(100, 60), kRed);
+    Shot drawn(hosted.host);
+    EXPECT_EQ(drawn.Root(100, 50), kGreen);
+    EXPECT_EQ(drawn.Root(102, 59), kGreen);
+    EXPECT_EQ(drawn.Root(103, 50), kRed);
+    EXPECT_EQ(drawn.Root(99, 50), kRed);
+    EXPECT_EQ(drawn.Root(100, 60), kRed);
 
     // Areas far apart go to the screen as two small images, not as one as
     // wide as the window; areas side by side as one.
