@@ -175,7 +175,7 @@ protected:
     RecordingEntry entry;
 };
 
-TEST_F(EntryFields, TheWindowIsMadeHiddenAndSizedFromTheLetterAAndTheSystemMetrics) {
+TEST_F(EntryFields, MadeHiddenSizedFromTheLetterAAndTheSystemMetricsThenOpenedWithAValue) {
     const CSize a = LetterA();
     ASSERT_GT(a.cx, 0);
     ASSERT_GT(a.cy, 0);
@@ -210,10 +210,8 @@ TEST_F(EntryFields, TheWindowIsMadeHiddenAndSizedFromTheLetterAAndTheSystemMetri
     EXPECT_EQ(Field().GetLimitText(), 4u);
     EXPECT_FALSE(Field().GetSingnFlag());
     EXPECT_TRUE(entry.IsWindowVisible());
-}
 
-TEST_F(EntryFields, ANewValueShowsInTheFieldsFormatAndComesBackUnchanged) {
-    OpenEntry(125, 0, 1000, false, 3);
+    // The new value shows in the field's format and comes back unchanged.
     EXPECT_EQ(Shown(Field()), "12.5");
     EXPECT_EQ(Value(Field()), "125");
     int lower = 0, upper = 0;
