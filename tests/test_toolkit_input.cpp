@@ -50,7 +50,10 @@ public:
             seen.push_back({GetDlgCtrlID(), message, message == WM_SETFOCUS || message == WM_KILLFOCUS ? 0 : wParam, 0, 0});
         if (message == WM_LBUTTONDOWN && captureOnPress) SetCapture();
         if (message == WM_LBUTTONUP && captureOnPress) ReleaseCapture();
-        if (message == WM_TIMER) ++timers, AfxPumpMessages();
+        if (message == WM_TIMER) {
+            ++timers;
+            AfxPumpMessages();
+        }
         return CWnd::WindowProc(message, wParam, lParam);
     }
 };
