@@ -5,7 +5,9 @@
 
 #include <cairo.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "tests/toolkit/ControlHost.h"
 #include "toolkit/CEdit.h"
@@ -15,7 +17,7 @@
 
 namespace {
 
-constexpr unsigned long kLeft = 0xff51, kRight = 0xff53, kUp = 0xff52, kDown = 0xff54;
+constexpr unsigned long kLeft = 0xff51, kRight = 0xff53;
 constexpr unsigned long kHome = 0xff50, kEnd = 0xff57, kBackspace = 0xff08, kDelete = 0xffff;
 constexpr unsigned long kShift = 0xffe1;
 constexpr int kEditId = 77;
@@ -83,44 +85,38 @@ TEST_F(ToolkitEdit, TypingBackspaceDeleteArrowsAndSelectionFollowTheKeyboardRule
     // The click gave the root's native window the keyboard.
     EXPECT_EQ(headless::KeyboardFocus(), host.Root().GetNativeWindow());
 
-    host.Env().TypeText("12345");
-    EXPECT_EQ(TextOf(edit), "12345");
-    EXPECT_EQ(Selection(edit), std::make_pair(5, 5));
-    Type(kLeft);
-    Type(kLeft);
-    host.Env().TypeText("a");
-    EXPECT_EQ(TextOf(edit), "123a45");
-    EXPECT_EQ(Selection(edit), std::make_pair(4, 4));
-    Type(kBackspace);
-    EXPECT_EQ(TextOf(edit), "12345");
-    Type(kDelete);
-    EXPECT_EQ(TextOf(edit), "1235");
-    EXPECT_EQ(Selection(edit), std::make_pair(3, 3));
-    Type(kHome);
-    host.Env().TypeText("x");
-    EXPECT_EQ(TextOf(edit), "x1235");
-    Type(kEnd);
-    EXPECT_EQ(Selection(edit), std::make_pair(5, 5));
-    // Shift extends; what is typed replaces the selection.
-    host.Env().PressKey(kShift);
-    Type(kLeft);
-    Type(kLeft);
-    host.Env().ReleaseKey(kShift);
-    host.Env().Settle();
-    EXPECT_EQ(Selection(edit), std::make_pair(3, 5));
-    host.Env().TypeText("Z");
-    EXPECT_EQ(TextOf(edit), "x12Z");
-    // Left on a selection collapses it to its start.
-    edit.SetSel(1, 3);
-    Type(kLeft);
-    EXPECT_EQ(Selection(edit), std::make_pair(1, 1));
-
-    edit.SetSel(0, -1);
-    EXPECT_EQ(Selection(edit), std::make_pair(0, 4));
-    host.Env().TypeText("9");
-    EXPECT_EQ(TextOf(edit), "9");
-    edit.SetSel(8, 8);  // past the end: the caret goes to the end
-    EXPECT_EQ(Selection(edit), std::make_pair(1, 1));
+    auto& env = host.Env();
+    auto keys = [&](std::initializer_list<unsigned long> list) {
+        return [&env, keysyms = std::vector<unsigned long>(list)] { for (unsigned long k : keysyms) env.TypeKey(k); };
+    };
+    auto text = [&](const char* typed) { return [&env, typed] { env.TypeText(typed); }; };
+    // Shift extends; what is typed replaces the selection; Left on a
+    // selection collapses it to its start; a caret past the end goes to it.
+    const struct Step {
+        std::function<void()> input;
+        const char* text;
+        std::pair<int, int> selection;
+    } steps[] = {
+        {text("12345"), "12345", {5, 5}},
+        {keys({kLeft, kLeft}), "12345", {3, 3}},
+        {text("a"), "123a45", {4, 4}},
+        {keys({kBackspace}), "12345", {3, 3}},
+        {keys({kDelete}), "1235", {3, 3}},
+        {keys({kHome}), "1235", {0, 0}},
+        {text("x"), "x1235", {1, 1}},
+        {keys({kEnd}), "x1235", {5, 5}},
+        {[&] { env.PressKey(kShift); keys({kLeft, kLeft})(); env.ReleaseKey(kShift); env.Settle(); }, "x1235", {3, 5}},
+        {text("Z"), "x12Z", {4, 4}},
+        {[&] { edit.SetSel(1, 3); env.TypeKey(kLeft); }, "x12Z", {1, 1}},
+        {[&] { edit.SetSel(0, -1); }, "x12Z", {0, 4}},
+        {text("9"), "9", {1, 1}},
+        {[&] { edit.SetSel(8, 8); }, "9", {1, 1}},
+    };
+    for (const Step& step : steps) {
+        step.input();
+        EXPECT_EQ(TextOf(edit), step.text) << &step - steps;
+        EXPECT_EQ(Selection(edit), step.selection) << &step - steps;
+    }
 
     // 37 and 39 are ordinary characters here; control characters and 127
     // change nothing.
@@ -233,14 +229,6 @@ TEST_F(ToolkitEdit, ASpinStepsWithinItsRangeAndShowsThePositionInItsBuddy) {
         if (c.message == WM_VSCROLL) scrolls.push_back(c);
     EXPECT_EQ(scrolls, (std::vector<CommandRecorder::Command>{{WM_VSCROLL, MAKEWPARAM(4, 1), handle},
                                                               {WM_VSCROLL, MAKEWPARAM(4, 0), handle}}));
-
-    // Up and Down in the buddy step it.
-    edit.SetFocus();
-    Type(kUp);
-    Type(kUp);
-    EXPECT_EQ(spin.GetPos(), 2);
-    Type(kDown);
-    EXPECT_EQ(TextOf(edit), "1");
 
     // Text set on the buddy moves the spin; SetTextForSpin does not.
     edit.SetWindowText("7");

@@ -18,10 +18,11 @@ const char kDelayUTF8[] = "\xE3\x83\x87\xE3\x82\xA3\xE3\x83\xAC\xE3\x82\xA4";
 const char kKanjiSJIS[] = "\x92\x78\x89\x84";
 const char kKanjiUTF8[] = "\xE9\x81\x85\xE5\xBB\xB6";
 
-std::string ToDisplay(const char* src, bool* converted = nullptr) {
+// With no room given, the two-argument form.
+std::string ToDisplay(const char* src, bool* converted = nullptr, size_t room = 0) {
     char dst[256];
     std::memset(dst, '#', sizeof dst);
-    const bool result = CheckSJISAndToUFT8(src, dst);
+    const bool result = room ? CheckSJISAndToUFT8(src, dst, room) : CheckSJISAndToUFT8(src, dst);
     if (converted) *converted = result;
     return dst;
 }
@@ -65,11 +66,12 @@ TEST(ToolkitText, PathToPOSIX) {
     EXPECT_STREQ(small, "/012345");
 }
 
-TEST(ToolkitText, ShiftJISBecomesUTF8AndEverythingElseIsCopied) {
+TEST(ToolkitText, ShiftJISBecomesUTF8AndEverythingElseIsCopiedCutToTheRoom) {
     struct Case {
         const char* src;
         const char* shown;
         bool converted;
+        size_t room = 0;
     };
     const Case cases[] = {
         {kDelaySJIS, kDelayUTF8, true},    {kKanjiSJIS, kKanjiUTF8, true},
@@ -80,23 +82,16 @@ TEST(ToolkitText, ShiftJISBecomesUTF8AndEverythingElseIsCopied) {
         {"Long Echo 1", "Long Echo 1", false}, {kDelayUTF8, kDelayUTF8, false}, {"caf\xC3\xA9", "caf\xC3\xA9", false},
         {"", "", false},                       {"\x81\x20", "\x81\x20", false}, {"\xFF\xFE", "\xFF\xFE", false},
         {"name\x83", "name\x83", false},       {"\x80", "\x80", false},
+        // Cut to the room given (8 bytes) on character boundaries: two whole characters fit.
+        {kDelaySJIS, "\xE3\x83\x87\xE3\x82\xA3", true, 8}, {kDelayUTF8, "\xE3\x83\x87\xE3\x82\xA3", false, 8},
+        {"0123456789", "0123456", false, 8},
     };
     for (const Case& c : cases) {
         bool converted = !c.converted;
-        EXPECT_EQ(ToDisplay(c.src, &converted), c.shown) << c.src;
+        EXPECT_EQ(ToDisplay(c.src, &converted, c.room), c.shown) << c.src;
         EXPECT_EQ(converted, c.converted) << c.src;
     }
     EXPECT_EQ(ToDisplay(nullptr), "");
-}
-
-TEST(ToolkitText, DisplayTextIsCutToTheRoomGivenOnCharacterBoundaries) {
-    char dst[8];
-    EXPECT_TRUE(CheckSJISAndToUFT8(kDelaySJIS, dst, sizeof dst));
-    EXPECT_STREQ(dst, "\xE3\x83\x87\xE3\x82\xA3");  // two whole characters fit in 7 bytes
-    EXPECT_FALSE(CheckSJISAndToUFT8(kDelayUTF8, dst, sizeof dst));
-    EXPECT_STREQ(dst, "\xE3\x83\x87\xE3\x82\xA3");
-    EXPECT_FALSE(CheckSJISAndToUFT8("0123456789", dst, sizeof dst));
-    EXPECT_STREQ(dst, "0123456");
 
     // Half-width katakana take three UTF-8 bytes for one: the two-argument form's room.
     const std::string katakana(23, '\xB1');

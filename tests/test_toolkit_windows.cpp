@@ -81,6 +81,15 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     ASSERT_TRUE(second.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(45, 45, 90, 90), &root, 3));
     // Reaches outside its parent: cut at the parent's edge.
     ASSERT_TRUE(inner.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(30, 30, 80, 80), &first, 4));
+    // Windows without a paint handler: the class brush erases, a hollow one
+    // leaves the parent's pixels.
+    LPCTSTR greyClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
+    LPCTSTR hollowClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(NULL_BRUSH)));
+    EXPECT_STREQ(greyClass, AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH))));
+    EXPECT_EQ(GetStockObject(6), nullptr);
+    CWnd grey, hollow;
+    ASSERT_TRUE(grey.Create(greyClass, "", WS_CHILD | WS_VISIBLE, CRect(200, 100, 240, 140), &root, 5));
+    ASSERT_TRUE(hollow.Create(hollowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &grey, 6));
     headless::TakePresents();
     Pump();
     EXPECT_EQ(paints, (std::vector<std::string>{"1", "2", "4", "3"}));
@@ -95,6 +104,8 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     EXPECT_EQ(shot.Root(60, 45), kBlue);
     EXPECT_EQ(shot.Root(89, 89), kBlue);
     EXPECT_EQ(shot.Root(90, 90), kRed);
+    EXPECT_EQ(shot.Root(220, 120), 0x808080u);
+    EXPECT_EQ(shot.Root(205, 105), 0x808080u);
     EXPECT_EQ(shot.At(0, 0), 0u);  // the host's own pixels stay
     const auto presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
@@ -109,10 +120,12 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     EXPECT_EQ(raised.Root(60, 59), kBlue);
 }
 
-TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPump) {
+TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPumpAndClientDcsPresentAtOnce) {
     Painter root(RGB(255, 0, 0)), child(RGB(0, 255, 0));
+    CWnd plain;
     ASSERT_TRUE(hosted.CreateRoot(root));
     ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(200, 100, 250, 150), &root, 2));
+    ASSERT_TRUE(plain.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(100, 50, 120, 60), &root, 3));
     Pump();
     headless::TakePresents();
     root.updates.clear();
@@ -151,28 +164,22 @@ TEST_F(ToolkitWindows, InvalidationsCoalesceIntoOnePaintAndOnePresentPerPump) {
     Pump();
     EXPECT_EQ(paints, std::vector<std::string>{"1"});
     EXPECT_EQ(Shot(hosted.host).Root(210, 110), kBlue);
-}
 
-TEST_F(ToolkitWindows, ClientDcDrawsAndPresentsAtOnce) {
-    Painter root(RGB(255, 0, 0));
-    CWnd child;
-    ASSERT_TRUE(hosted.CreateRoot(root));
-    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(100, 50, 120, 60), &root, 2));
-    Pump();
+    // A client DC draws and presents at once, clipped to its window.
     headless::TakePresents();
     {
-        CClientDC dc(&child);
+        CClientDC dc(&plain);
         dc.FillSolidRect(-5, -5, 8, 100, RGB(0, 255, 0));  // clipped to the child
     }
-    const auto presents = headless::TakePresents();
+    presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
     EXPECT_EQ(presents[0].area, CRect(100, 50, 103, 60));
-    Shot shot(hosted.host);
-    EXPECT_EQ(shot.Root(100, 50), kGreen);
-    EXPECT_EQ(shot.Root(102, 59), kGreen);
-    EXPECT_EQ(shot.Root(103, 50), kRed);
-    EXPECT_EQ(shot.Root(99, 50), kRed);
-    EXPECT_EQ(shot.Root(100, 60), kRed);
+    Shot drawn(hosted.host);
+    EXPECT_EQ(drawn.Root(100, 50), kGreen);
+    EXPECT_EQ(drawn.Root(102, 59), kGreen);
+    EXPECT_EQ(drawn.Root(103, 50), kRed);
+    EXPECT_EQ(drawn.Root(99, 50), kRed);
+    EXPECT_EQ(drawn.Root(100, 60), kRed);
 
     // Areas far apart go to the screen as two small images, not as one as
     // wide as the window; areas side by side as one.
@@ -220,20 +227,6 @@ TEST(DamageRegions, MergeNeighboursAndStayFew) {
                                   r.right >= added(i).right && r.bottom >= added(i).bottom);
         EXPECT_TRUE(covered) << i;
     }
-}
-
-TEST_F(ToolkitWindows, ClassBackgroundBrushErasesUnlessHollow) {
-    CWnd grey, hollow;
-    LPCTSTR greyClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
-    LPCTSTR hollowClass = AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(NULL_BRUSH)));
-    EXPECT_STREQ(greyClass, AfxRegisterWndClass(0, nullptr, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH))));
-    EXPECT_EQ(GetStockObject(6), nullptr);
-    ASSERT_TRUE(hosted.CreateRoot(grey, greyClass));
-    ASSERT_TRUE(hollow.Create(hollowClass, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &grey, 2));
-    Pump();
-    Shot shot(hosted.host);
-    EXPECT_EQ(shot.Root(20, 20), 0x808080u);
-    EXPECT_EQ(shot.Root(5, 5), 0x808080u);  // the hollow child leaves its parent's pixels
 }
 
 TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
