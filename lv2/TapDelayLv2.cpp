@@ -13,12 +13,6 @@ using namespace PortUnits;
 
 namespace {
 
-const void* Feature(const LV2_Feature* const* features, const char* uri) {
-    for (int i = 0; features && features[i]; i++)
-        if (std::strcmp(features[i]->URI, uri) == 0) return features[i]->data;
-    return nullptr;
-}
-
 bool SameValue(float a, float b) { return a == b || (a != a && b != b); }
 
 }  // namespace
@@ -28,7 +22,7 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     : bundle(bundlePath ? bundlePath : "") {
     // Without a URID map (a plain command-line host) there is no time input
     // and no state: every URID stays 0, which matches nothing.
-    map = static_cast<LV2_URID_Map*>(const_cast<void*>(Feature(features, LV2_URID__map)));
+    map = static_cast<LV2_URID_Map*>(const_cast<void*>(FindFeature(features, LV2_URID__map)));
     auto m = [this](const char* u) { return map ? map->map(map->handle, u) : 0; };
     uri.atomBlank = m(LV2_ATOM__Blank);
     uri.atomObject = m(LV2_ATOM__Object);
@@ -50,7 +44,7 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     effect->setSampleRate((float)sampleRate);
 
     // The largest block the host will run, when it says.
-    auto* options = static_cast<const LV2_Options_Option*>(Feature(features, LV2_OPTIONS__options));
+    auto* options = static_cast<const LV2_Options_Option*>(FindFeature(features, LV2_OPTIONS__options));
     LV2_URID maxBlock = m(LV2_BUF_SIZE__maxBlockLength);
     for (int i = 0; options && options[i].key; i++)
         if (map && options[i].key == maxBlock && options[i].type == uri.atomInt)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstring>
 #include <string>
 
 #include <lv2/atom/atom.h>
@@ -17,6 +18,13 @@
 #define TAPDELAY_LV2_URI "urn:tapdelay:lv2:TapDelay"
 #define TAPDELAY_LV2_UI_URI TAPDELAY_LV2_URI "#ui"
 #define TAPDELAY_LV2_BANK_URI TAPDELAY_LV2_URI "#bank"
+
+// The data of the host's feature with this URI, null when it offers none.
+inline const void* FindFeature(const LV2_Feature* const* features, const char* uri) {
+    for (int i = 0; features && features[i]; i++)
+        if (std::strcmp(features[i]->URI, uri) == 0) return features[i]->data;
+    return nullptr;
+}
 
 // Where the editor's automation goes (the UI's write_function), and its
 // requests for a new size (the host's ui:resize).

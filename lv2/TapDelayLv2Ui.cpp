@@ -18,17 +18,11 @@ using namespace PortUnits;
 
 namespace {
 
-const void* Feature(const LV2_Feature* const* features, const char* uri) {
-    for (int i = 0; features && features[i]; i++)
-        if (std::strcmp(features[i]->URI, uri) == 0) return features[i]->data;
-    return nullptr;
-}
-
 // The host's ui:scaleFactor, 0 when it gives none (the editor then follows
 // the user's choice or the desktop).
 float HostScale(const LV2_Feature* const* features) {
-    auto* map = static_cast<const LV2_URID_Map*>(Feature(features, LV2_URID__map));
-    auto* options = static_cast<const LV2_Options_Option*>(Feature(features, LV2_OPTIONS__options));
+    auto* map = static_cast<const LV2_URID_Map*>(FindFeature(features, LV2_URID__map));
+    auto* options = static_cast<const LV2_Options_Option*>(FindFeature(features, LV2_OPTIONS__options));
     if (!map || !options) return 0.0f;
     LV2_URID key = map->map(map->handle, LV2_UI__scaleFactor);
     LV2_URID floatType = map->map(map->handle, LV2_ATOM__Float);
@@ -122,10 +116,10 @@ LV2UI_Handle Instantiate(const LV2UI_Descriptor*, const char*, const char*,
                          LV2UI_Write_Function write, LV2UI_Controller controller,
                          LV2UI_Widget* widget, const LV2_Feature* const* features) {
     auto* instance = static_cast<TapDelayLv2*>(
-        const_cast<void*>(Feature(features, LV2_INSTANCE_ACCESS_URI)));
-    const void* parent = Feature(features, LV2_UI__parent);
+        const_cast<void*>(FindFeature(features, LV2_INSTANCE_ACCESS_URI)));
+    const void* parent = FindFeature(features, LV2_UI__parent);
     if (!instance || !parent || !write) return nullptr;
-    auto* resize = static_cast<const LV2UI_Resize*>(Feature(features, LV2_UI__resize));
+    auto* resize = static_cast<const LV2UI_Resize*>(FindFeature(features, LV2_UI__resize));
     auto* ui = new TapDelayLv2Ui(instance, write, controller);
     if (ui->Open(reinterpret_cast<uintptr_t>(parent), HostScale(features), resize, widget))
         return ui;
