@@ -116,16 +116,29 @@ public:
     XRectangle WaitForNewWindow(const std::set<Window>& known) {
         const auto deadline = Clock::now() + std::chrono::seconds(5);
         for (; Clock::now() < deadline; Pause(20))
-            for (Window window : Children(m_display, DefaultRootWindow(m_display))) {
-                XWindowAttributes a;
-                if (!known.count(window) && XGetWindowAttributes(m_display, window, &a) && a.map_state == IsViewable)
-                    return {short(a.x), short(a.y), (unsigned short)a.width, (unsigned short)a.height};
+            if (XRectangle shown = NewWindow(known); shown.width > 0) {
+                Pause(100);  // until it has taken the keyboard
+                return shown;
             }
         return XRectangle{};
+    }
+    // Waits (up to 5 s) until no top-level window besides known ones is shown,
+    // so that a popup on its way out is not taken for the next one.
+    void WaitUntilGone(const std::set<Window>& known) {
+        const auto deadline = Clock::now() + std::chrono::seconds(5);
+        while (Clock::now() < deadline && NewWindow(known).width > 0) Pause(20);
     }
     static void Pause(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
 private:
+    XRectangle NewWindow(const std::set<Window>& known) {
+        for (Window window : Children(m_display, DefaultRootWindow(m_display))) {
+            XWindowAttributes a;
+            if (!known.count(window) && XGetWindowAttributes(m_display, window, &a) && a.map_state == IsViewable)
+                return {short(a.x), short(a.y), (unsigned short)a.width, (unsigned short)a.height};
+        }
+        return XRectangle{};
+    }
     void Sync() {
         XSync(m_display, False);
         Pause(30);
@@ -291,7 +304,7 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
         u.Key(XK_Down);
         u.Key(XK_Down);
         u.Key(XK_Return);
-        User::Pause(100);
+        u.WaitUntilGone(before);
         // The save dialog: slot 3 (two steps down from slot 1), a name, Return.
         u.Click(at(291), at(18));
         dialog = u.WaitForNewWindow(before);
