@@ -157,10 +157,7 @@ void ATapDelay::processReplacing(float** inputs, float** outputs, VstInt32 sampl
         ProcessSlice(in, out, 0, count);
         for (int c = 0; c < 2; c++) NarrowToFloat(out[c], outputs[c] + offset, count);
     }
-    peakInL = blockPeak[0];
-    peakInR = blockPeak[1];
-    peakOutL = blockPeak[2];
-    peakOutR = blockPeak[3];
+    PublishPeaks();
 }
 
 void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) {
@@ -174,10 +171,7 @@ void ATapDelay::processDoubleReplacing(double** inputs, double** outputs, VstInt
     const int size = blockSizeCopy;
     for (int offset = 0; offset < sampleFrames; offset += size)
         ProcessSlice(inputs, outputs, offset, std::min(size, sampleFrames - offset));
-    peakInL = blockPeak[0];
-    peakInR = blockPeak[1];
-    peakOutL = blockPeak[2];
-    peakOutR = blockPeak[3];
+    PublishPeaks();
 }
 
 // Counts the block, takes the changes and follows the tempo; false when the
@@ -194,6 +188,14 @@ bool ATapDelay::BeginBlock(int sampleFrames) {
     }
     if (liveParams[kParamTempoSync] == 1.0f && hasHost()) FollowTempo();
     return true;
+}
+
+// The editor reads the block's peaks once the whole block is done.
+void ATapDelay::PublishPeaks() {
+    peakInL = blockPeak[0];
+    peakInR = blockPeak[1];
+    peakOutL = blockPeak[2];
+    peakOutR = blockPeak[3];
 }
 
 // The input gain works in place on the host's buffers.

@@ -105,6 +105,7 @@ private:
     void TakeChanges();
     void ApplyToTaps(int index);
     bool BeginBlock(int sampleFrames);
+    void PublishPeaks();
     void ProcessSlice(double** inputs, double** outputs, int offset, int count);
     void FollowTempo();
     void MixSlice(double** inputs, double** outputs, int offset, int count);

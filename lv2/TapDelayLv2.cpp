@@ -29,12 +29,9 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     uri.atomFloat = m(LV2_ATOM__Float);
     uri.atomDouble = m(LV2_ATOM__Double);
     uri.atomInt = m(LV2_ATOM__Int);
-    uri.atomLong = m(LV2_ATOM__Long);
     uri.atomChunk = m(LV2_ATOM__Chunk);
     uri.timePosition = m(LV2_TIME__Position);
     uri.timeBeatsPerMinute = m(LV2_TIME__beatsPerMinute);
-    uri.timeSpeed = m(LV2_TIME__speed);
-    uri.timeFrame = m(LV2_TIME__frame);
     uri.bank = m(TAPDELAY_LV2_BANK_URI);
     if (!bundle.empty() && bundle.back() != '/') bundle += '/';
 

@@ -63,8 +63,8 @@ private:
     std::string bundle;
     LV2_URID_Map* map = nullptr;
     struct {
-        LV2_URID atomBlank, atomObject, atomFloat, atomDouble, atomInt, atomLong, atomChunk;
-        LV2_URID timePosition, timeBeatsPerMinute, timeSpeed, timeFrame, bank;
+        LV2_URID atomBlank, atomObject, atomFloat, atomDouble, atomInt, atomChunk;
+        LV2_URID timePosition, timeBeatsPerMinute, bank;
     } uri{};
     float* audio[4] = {};
     const float* controls[kNumParams] = {};
