@@ -125,8 +125,12 @@ public:
     // Waits (up to 5 s) until no top-level window besides known ones is shown,
     // so that a popup on its way out is not taken for the next one.
     void WaitUntilGone(const std::set<Window>& known) {
+        WaitUntil([&] { return NewWindow(known).width == 0; });
+    }
+    // Waits (up to 5 s) until the editor's thread has done what was asked.
+    void WaitUntil(const std::function<bool()>& done) {
         const auto deadline = Clock::now() + std::chrono::seconds(5);
-        while (Clock::now() < deadline && NewWindow(known).width > 0) Pause(20);
+        while (Clock::now() < deadline && !done()) Pause(20);
     }
     static void Pause(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
@@ -279,6 +283,7 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
     plugin->setParameter(60, 1.0f);  // tempo sync on: the note menu opens
     plugin->setParameter(61, 0.0f);
     const float delayOn = plugin->getParameter(21);
+    const float gainBefore = plugin->getParameter(10);
     const std::set<Window> before = Children(m_display, DefaultRootWindow(m_display));
     XRectangle menu{}, dialog{};
 
@@ -297,6 +302,8 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
         u.Click(at(266), at(127));
         u.Type("-9");
         u.Key(XK_Return);
+        // A click while the field is still open would only close it.
+        u.WaitUntil([&] { return plugin->getParameter(10) != gainBefore; });
         // The note menu: the third entry, "16th", by keys.
         u.Click(at(200), at(342));
         menu = u.WaitForNewWindow(before);
