@@ -4,7 +4,7 @@
 set -euo pipefail
 
 PACKAGES=(
-  cmake make g++ pkg-config python3
+  cmake make ninja-build g++ pkg-config python3
   googletest libgtest-dev
   libsndfile1-dev libcairo2-dev libx11-dev libfontconfig-dev
   clang libclang-rt-14-dev

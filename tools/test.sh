@@ -24,32 +24,32 @@ export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
 # ccache speeds up repeated runs when it is installed; nothing needs it.
 LAUNCHER=()
 command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-configure() {  # folder, extra cmake arguments...
-  local folder=$1; shift
-  cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${LAUNCHER[@]}" "$@" >/dev/null
+configure() {  # folder, build type, extra cmake arguments...
+  local folder=$1 type=$2; shift 2
+  cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE="$type" "${LAUNCHER[@]}" "$@" >/dev/null
 }
 
 stage "AddressSanitizer + UndefinedBehaviorSanitizer"
-configure build-asan -DTAPDELAY_SANITIZE=address,undefined
+configure build-asan RelWithDebInfo -DTAPDELAY_SANITIZE=address,undefined
 cmake --build build-asan -j"$JOBS"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-asan --output-on-failure -j"$JOBS"
 
 stage "ThreadSanitizer"
-configure build-tsan -DTAPDELAY_SANITIZE=thread
+configure build-tsan RelWithDebInfo -DTAPDELAY_SANITIZE=thread
 cmake --build build-tsan -j"$JOBS" --target TapDelay tapdelay_resources test_concurrency test_editor_concurrency
 TSAN_OPTIONS="halt_on_error=1" ctest --test-dir build-tsan --output-on-failure -j"$JOBS" -L tsan
 
 if [ -f tests/fuzz/CMakeLists.txt ]; then
   stage "Fuzzing (bounded, the targets side by side)"
-  CXX=clang++ configure build-fuzz -DTAPDELAY_FUZZ=ON
+  CXX=clang++ configure build-fuzz RelWithDebInfo -DTAPDELAY_FUZZ=ON
   cmake --build build-fuzz -j"$JOBS" --target fuzz_set_chunk fuzz_bank_file
   ctest --test-dir build-fuzz --output-on-failure -j"$JOBS" -L fuzz
 fi
 
-# The sanitizer build ran every test; the release build proves itself with
-# the smoke set.
+# The sanitizer build ran every test; the release build, as tools/run.sh
+# makes it, proves itself with the smoke set.
 stage "Release build, smoke tests"
-configure build
+configure build Release
 cmake --build build -j"$JOBS" --target smoke
 ctest --test-dir build --output-on-failure -j"$JOBS" -L smoke
