@@ -165,7 +165,7 @@ TEST_F(ToolkitPopups, AClickOnAnItemSendsItsCommandOnceThePopupIsGoneAndOtherWay
     EXPECT_EQ(host.Root().commands.back(), (Command{WM_COMMAND, MAKEWPARAM(104, 0), 0}));
 }
 
-TEST_F(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndTheirEndsAreClickable) {
+TEST_F(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndTheLastIsClickable) {
     const CSize screen = host.Root().GetConnection()->ScreenSize();
     EXPECT_EQ(screen, CSize(1024, 768));
     CMenu menu;
@@ -174,40 +174,35 @@ TEST_F(ToolkitPopups, SixtyFourItemsFitTheScreenInColumnsAndTheirEndsAreClickabl
         menu.AppendMenu(MF_STRING | (i == 5 ? MF_CHECKED : 0), 1010 + i,
                         ("Program " + std::to_string(i + 1)).c_str());
 
-    // The first and last items of the first, a middle and the last column.
-    for (int index : {0, 15, 16, 31, 32, 47, 48, 63}) {
-        CRect popupRect;
-        int columns = 0;
-        bool itemsInside = true;
-        ModalScript script(host.Env());
-        script.WaitUntil([&] {
-            CMenuPopup* popup = ModalRootAs<CMenuPopup>();
-            if (!popup) return false;
-            popup->GetWindowRect(&popupRect);
-            columns = popup->GetLayout().columns;
-            CRect client;
-            popup->GetClientRect(&client);
-            for (const CRect& r : popup->GetLayout().items)
-                itemsInside = itemsInside && r.left >= 0 && r.top >= 0 && r.right <= client.right &&
-                              r.bottom <= client.bottom;
-            return true;
-        });
-        if (index == 0)
-            script.Snapshot([] { return ModalRootAs<CMenuPopup>()->GetNativeWindow(); },
-                            TAPDELAY_BINARY_DIR "toolkit-menu-64.png");
-        ClickMenuItem(script, index);
-        // Opened near the root's bottom right: it has to move to fit.
-        ASSERT_EQ(Track(menu, script, TPM_LEFTALIGN, 470, 370), TRUE) << "item " << index;
-        ASSERT_EQ(host.Root().commands.back().wParam, WPARAM(1010 + index)) << "item " << index;
-        if (index == 0) {
-            EXPECT_GE(columns, 2);
-            EXPECT_GE(popupRect.left, 0);
-            EXPECT_GE(popupRect.top, 0);
-            EXPECT_LE(popupRect.right, screen.cx);
-            EXPECT_LE(popupRect.bottom, screen.cy);
-            EXPECT_TRUE(itemsInside);
-        }
-    }
+    // Opened near the root's bottom right: it has to move to fit. The
+    // editor's test clicks items of the first column; this one the last.
+    CRect popupRect;
+    int columns = 0;
+    bool itemsInside = true;
+    ModalScript script(host.Env());
+    script.WaitUntil([&] {
+        CMenuPopup* popup = ModalRootAs<CMenuPopup>();
+        if (!popup) return false;
+        popup->GetWindowRect(&popupRect);
+        columns = popup->GetLayout().columns;
+        CRect client;
+        popup->GetClientRect(&client);
+        for (const CRect& r : popup->GetLayout().items)
+            itemsInside = itemsInside && r.left >= 0 && r.top >= 0 && r.right <= client.right &&
+                          r.bottom <= client.bottom;
+        return true;
+    });
+    script.Snapshot([] { return ModalRootAs<CMenuPopup>()->GetNativeWindow(); },
+                    TAPDELAY_BINARY_DIR "toolkit-menu-64.png");
+    ClickMenuItem(script, 63);
+    ASSERT_EQ(Track(menu, script, TPM_LEFTALIGN, 470, 370), TRUE);
+    EXPECT_EQ(host.Root().commands.back().wParam, WPARAM(1010 + 63));
+    EXPECT_GE(columns, 2);
+    EXPECT_GE(popupRect.left, 0);
+    EXPECT_GE(popupRect.top, 0);
+    EXPECT_LE(popupRect.right, screen.cx);
+    EXPECT_LE(popupRect.bottom, screen.cy);
+    EXPECT_TRUE(itemsInside);
 }
 
 TEST_F(ToolkitPopups, AListChoiceByClickOrKeysNotifiesTheParentAndEscapeDoesNot) {
