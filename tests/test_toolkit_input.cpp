@@ -119,11 +119,6 @@ TEST_F(ToolkitInput, CaptureKeepsTheDragOnTheCapturingWindow) {
     EXPECT_EQ(seen, (std::vector<Seen>{{2, WM_MOUSEMOVE, 0, 10, 10}, {2, WM_LBUTTONDOWN, 0, 10, 10},
                                        {2, WM_MOUSEMOVE, 0, 170, 20}, {2, WM_MOUSEMOVE, 0, -15, 290},
                                        {2, WM_LBUTTONUP, 0, -15, 290}}));
-    seen.clear();
-    p = HostedWindow::Screen(180, 30);
-    env.MovePointer(p.x, p.y);
-    env.Settle();
-    EXPECT_EQ(seen, (std::vector<Seen>{{4, WM_MOUSEMOVE, 0, 10, 0}}));
     // One capture per process: setting it elsewhere takes it over.
     EXPECT_EQ(right.SetCapture(), nullptr);
     EXPECT_EQ(left.SetCapture(), &right);
@@ -197,17 +192,13 @@ TEST_F(ToolkitInput, FocusMovesWithMessagesAndGivesTheKeyboardBack) {
     EXPECT_EQ(CWnd::GetFocus(), &root);
     EXPECT_EQ(headless::KeyboardFocus(), 0u);
     EXPECT_EQ(seen, (std::vector<Seen>{{2, WM_KILLFOCUS, 0, 0, 0}, {1, WM_SETFOCUS, 0, 0, 0}}));
-    // Keys now reach the root.
+    // So does destroying it (a click on an edit-like window taking the
+    // keyboard is the edit test's).
     left.ShowWindow(SW_SHOW);
     left.SetFocus();
-    seen.clear();
     left.DestroyWindow();
     EXPECT_EQ(CWnd::GetFocus(), &root);
     EXPECT_EQ(headless::KeyboardFocus(), 0u);
-    // A click on an edit-like window takes the keyboard as well.
-    nested.keyboard = true;
-    Click(175, 35);
-    EXPECT_EQ(headless::KeyboardFocus(), root.GetNativeWindow());
 }
 
 TEST_F(ToolkitInput, KeyStateFollowsTheLiveModifiers) {
