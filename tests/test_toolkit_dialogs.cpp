@@ -26,7 +26,7 @@
 
 namespace {
 
-constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kTab = 0xff09, kDown = 0xff54;
+constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kDown = 0xff54;
 constexpr int kProgramList = 1120, kNameField = 5000;
 
 // The plug-in's save dialog in miniature: a bound program list whose choice
@@ -146,32 +146,6 @@ protected:
 };
 
 TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
-    // Return with a typed name: the focus starts on the list, Tab moves it
-    // to the name (all selected), typing replaces it.
-    {
-        SaveLikeDialog dialog(&host.Root());
-        std::string focusAtStart;
-        ModalScript script(host.Env());
-        WaitForDialog(script)
-            .Do([&] { focusAtStart = CWnd::GetFocus() == &dialog.m_programs ? "list" : "other"; })
-            .Snapshot(DialogWindow, TAPDELAY_BINARY_DIR "toolkit-dialog.png")
-            .Key(kTab)
-            .WaitUntil([&] { return CWnd::GetFocus() == dialog.GetDlgItem(kNameField); })
-            .Text("Bright")
-            .WaitUntil([&] { return TextOf(dialog.GetDlgItem(kNameField)) == "Bright"; })
-            .Snapshot(DialogWindow, TAPDELAY_BINARY_DIR "toolkit-dialog-typed.png")
-            .Key(kReturn);
-        script.Install();
-        EXPECT_EQ(dialog.DoModal(), IDOK);
-        EXPECT_FALSE(script.Overran());
-        EXPECT_EQ(focusAtStart, "list");
-        EXPECT_EQ(dialog.okName, "Bright");
-        EXPECT_EQ(dialog.okSelection, 3);
-        // Window and controls are gone, owned controls freed.
-        EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
-        EXPECT_EQ(dialog.m_programs.GetSafeHwnd(), nullptr);
-        EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
-    }
     // Escape after some typing, the window manager's close button (on X11
     // the backend's own test sends it), and a click on OK or Cancel. OnOK
     // runs for OK only.
@@ -195,7 +169,8 @@ TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
         EXPECT_FALSE(script.Overran()) << way;
         EXPECT_EQ(dialog.okSelection, way == kOkButton ? 3 : -1) << way;
     }
-    // The same object runs again with a freshly filled list.
+    // Return; the same object runs again with a freshly filled list. (The
+    // editor's X11 test types a name into the real dialog.)
     {
         SaveLikeDialog dialog(&host.Root());
         for (int run = 0; run < 2; ++run) {
@@ -204,7 +179,11 @@ TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
             script.Install();
             EXPECT_EQ(dialog.DoModal(), IDOK);
             EXPECT_EQ(dialog.okName, "Name 4");
+            EXPECT_EQ(dialog.okSelection, 3);
         }
+        // Window and controls are gone, owned controls freed.
+        EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
+        EXPECT_EQ(dialog.m_programs.GetSafeHwnd(), nullptr);
     }
     EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
 }

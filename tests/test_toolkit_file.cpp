@@ -102,7 +102,7 @@ TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {
     WriteBytes(path, "CcnK");
     // The temp folder's own name needs no escapes; ' ' is %20 and '%' is %25.
     const std::string url = "file://" + Path("My%20Bank%20100%25/TapDelayDef.fxb");
-    for (const std::string& name : {path, url, "file://localhost" + Path("My%20Bank%20100%25/TapDelayDef.fxb")}) {
+    for (const std::string& name : {path, url}) {
         SCOPED_TRACE(name);
         CFile file;
         ASSERT_TRUE(file.Open(name.c_str(), kReadBinary));
@@ -110,10 +110,10 @@ TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {
         EXPECT_EQ(ReadText(file, 4), "CcnK");
     }
     CFile writer;
-    // URLs without a file-system path open nothing and create nothing.
+    // URLs without a file-system path open nothing and create nothing (the
+    // URL forms themselves are the PathToPOSIX table's).
     EXPECT_FALSE(writer.Open("http://example.com/TapDelayDef.fxb", kReadBinary));
     EXPECT_FALSE(writer.Open(("file://otherhost" + Path("x")).c_str(), kCreateWrite));
-    EXPECT_FALSE(writer.Open(("file://" + Path("bad%zzescape")).c_str(), kCreateWrite));
     EXPECT_FALSE(writer.IsOpen());
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }

@@ -93,18 +93,14 @@ TEST_F(ToolkitWindows, ChildrenPaintAfterTheirParentInZOrderClippedToThemselves)
     Pump();
     EXPECT_EQ(paints, (std::vector<std::string>{"1", "2", "4", "3"}));
     Shot shot(hosted.host);
-    EXPECT_EQ(shot.Root(0, 0), kRed);
-    EXPECT_EQ(shot.Root(299, 199), kRed);
-    EXPECT_EQ(shot.Root(10, 10), kGreen);
-    EXPECT_EQ(shot.Root(39, 39), kGreen);
-    EXPECT_EQ(shot.Root(40, 40), kWhite);  // inner, at first's (30, 30)
-    EXPECT_EQ(shot.Root(44, 44), kWhite);
-    EXPECT_EQ(shot.Root(59, 59), kBlue);   // second, above first and inner
-    EXPECT_EQ(shot.Root(60, 45), kBlue);
-    EXPECT_EQ(shot.Root(89, 89), kBlue);
-    EXPECT_EQ(shot.Root(90, 90), kRed);
-    EXPECT_EQ(shot.Root(220, 120), 0x808080u);
-    EXPECT_EQ(shot.Root(205, 105), 0x808080u);
+    // Inner starts at first's (30, 30); second is above first and inner.
+    const struct {
+        int x, y;
+        uint32_t colour;
+    } pixels[] = {{0, 0, kRed},     {299, 199, kRed},  {10, 10, kGreen}, {39, 39, kGreen},
+                  {40, 40, kWhite}, {44, 44, kWhite},  {59, 59, kBlue},  {60, 45, kBlue},
+                  {89, 89, kBlue},  {90, 90, kRed},    {220, 120, 0x808080}, {205, 105, 0x808080}};
+    for (const auto& p : pixels) EXPECT_EQ(shot.Root(p.x, p.y), p.colour) << p.x << "," << p.y;
     EXPECT_EQ(shot.At(0, 0), 0u);  // the host's own pixels stay
     auto presents = headless::TakePresents();
     ASSERT_EQ(presents.size(), 1u);
@@ -213,7 +209,6 @@ TEST_F(ToolkitWindows, GeometryMovesNativeRootsAndSendsSizes) {
     root.ShowWindow(SW_HIDE);
     EXPECT_FALSE(headless::IsShown(native));
     EXPECT_FALSE(child.IsWindowVisible());
-
 }
 
 TEST_F(ToolkitWindows, PopupAndTopLevelRootsLiveOnTheOwnersConnection) {
