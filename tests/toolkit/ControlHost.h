@@ -73,8 +73,8 @@ public:
     ModalScript& ClickAt(std::function<CPoint()> screen, int button = 1);
     ModalScript& Key(unsigned long keysym);
     ModalScript& Text(const std::string& ascii);
-    // On the headless screen, writes the window's pixels to the PNG file at
-    // path for a person to look at; nothing elsewhere.
+    // Writes the window's pixels to the PNG file at path for a person to
+    // look at.
     ModalScript& Snapshot(std::function<NativeWindow()> window, const char* path);
 
     void Install();

@@ -1,6 +1,5 @@
-// The convenience input of every test environment, built on its primitives,
-// and the headless environment: input goes straight into the virtual
-// screen's queues.
+// The headless test environment: its primitives, and the convenience input
+// built on them.
 #include "tests/toolkit/TestEnvironment.h"
 
 #include <cstring>
@@ -9,35 +8,6 @@
 #include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
-
-class HeadlessEnvironment : public TestEnvironment {
-public:
-    const char* Name() const override { return "headless"; }
-
-    void Install() override {
-        AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
-    }
-
-    NativeWindow CreateHostWindow(const CRect& screenRect) override {
-        return headless::CreateHostWindow(screenRect);
-    }
-    void DestroyHostWindow(NativeWindow window) override { headless::DestroyWindow(window); }
-
-    void MovePointer(int screenX, int screenY) override { headless::MovePointer(screenX, screenY); }
-    void PressButton(int button) override { headless::PressButton(button); }
-    void ReleaseButton(int button) override { headless::ReleaseButton(button); }
-    void PressKey(unsigned long keysym) override { headless::PressKey(keysym); }
-    void ReleaseKey(unsigned long keysym) override { headless::ReleaseKey(keysym); }
-
-    // Injected input is queued at once; pump until the queues stay empty.
-    void Settle() override {
-        for (int turn = 0; turn < 50; ++turn) {
-            AfxPumpMessages();
-            if (headless::PendingEvents() == 0) break;
-        }
-        AfxPumpMessages();
-    }
-};
 
 constexpr unsigned long kShiftL = 0xffe1;
 
@@ -61,6 +31,30 @@ unsigned long KeyFor(char ch, bool& shift) {
 }
 
 }  // namespace
+
+void TestEnvironment::Install() {
+    AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
+}
+
+NativeWindow TestEnvironment::CreateHostWindow(const CRect& screenRect) {
+    return headless::CreateHostWindow(screenRect);
+}
+void TestEnvironment::DestroyHostWindow(NativeWindow window) { headless::DestroyWindow(window); }
+
+void TestEnvironment::MovePointer(int screenX, int screenY) { headless::MovePointer(screenX, screenY); }
+void TestEnvironment::PressButton(int button) { headless::PressButton(button); }
+void TestEnvironment::ReleaseButton(int button) { headless::ReleaseButton(button); }
+void TestEnvironment::PressKey(unsigned long keysym) { headless::PressKey(keysym); }
+void TestEnvironment::ReleaseKey(unsigned long keysym) { headless::ReleaseKey(keysym); }
+
+// Injected input is queued at once; pump until the queues stay empty.
+void TestEnvironment::Settle() {
+    for (int turn = 0; turn < 50; ++turn) {
+        AfxPumpMessages();
+        if (headless::PendingEvents() == 0) break;
+    }
+    AfxPumpMessages();
+}
 
 void TestEnvironment::Click(int screenX, int screenY, int button) {
     MovePointer(screenX, screenY);
@@ -88,5 +82,5 @@ void TestEnvironment::TypeText(const std::string& asciiText) {
 }
 
 std::unique_ptr<TestEnvironment> MakeHeadlessEnvironment() {
-    return std::make_unique<HeadlessEnvironment>();
+    return std::make_unique<TestEnvironment>();
 }
