@@ -35,8 +35,7 @@ std::pair<int, int> Selection(const CEdit& edit) {
 class ToolkitEdit : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string error;
-        ASSERT_TRUE(host.Open(MakeHeadlessEnvironment(), error)) << error;
+        ASSERT_TRUE(host.Open());
     }
     void TearDown() override {
         spin.DestroyWindow();

@@ -64,8 +64,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(hosted.opened);
         ASSERT_TRUE(hosted.CreateRoot(root));
-        dblClass = AfxRegisterWndClass(CS_DBLCLKS);
-        ASSERT_TRUE(left.Create(dblClass, "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 110, 60), &root, 2));
+        ASSERT_TRUE(left.Create(AfxRegisterWndClass(CS_DBLCLKS), "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 110, 60), &root, 2));
         ASSERT_TRUE(right.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(150, 10, 250, 60), &root, 3));
         ASSERT_TRUE(nested.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(20, 20, 40, 40), &right, 4));
         hosted.env->Settle();
@@ -77,7 +76,6 @@ protected:
         hosted.env->Click(p.x, p.y, button);
     }
     HostedWindow hosted;
-    LPCTSTR dblClass = nullptr;
     Probe root, left, right, nested;
 };
 

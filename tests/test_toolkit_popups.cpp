@@ -36,8 +36,7 @@ CPoint MenuItem(int index) {
 class ToolkitPopups : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string error;
-        ASSERT_TRUE(host.Open(MakeHeadlessEnvironment(), error)) << error;
+        ASSERT_TRUE(host.Open());
     }
     void TearDown() override {
         combo.DestroyWindow();

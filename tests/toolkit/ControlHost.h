@@ -35,8 +35,8 @@ public:
     // Host window at hostRect (screen), the root at rootRect inside it.
     static constexpr int kHostX = 100, kHostY = 100, kRootX = 10, kRootY = 10;
 
-    // False (with the reason in error) when the environment cannot host.
-    bool Open(std::unique_ptr<TestEnvironment> environment, std::string& error);
+    // Opens the headless environment, the host window and the root.
+    bool Open();
     void Close();
     ~ControlHost() { Close(); }
 
