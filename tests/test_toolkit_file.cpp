@@ -25,11 +25,6 @@ std::string ReadBytes(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-bool Exists(const std::string& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0;
-}
-
 // Reads up to `count` bytes as a string.
 std::string ReadText(CFile& file, unsigned count) {
     std::string buffer(count, '\0');
@@ -63,7 +58,7 @@ TEST_F(ToolkitFile, WrittenBytesReadBackAndTheOpenFlagsKeepTheirPromises) {
     };
     expectInert();
     EXPECT_FALSE(file.Open(path.c_str(), kReadBinary));
-    EXPECT_FALSE(Exists(path));
+    EXPECT_FALSE(std::filesystem::exists(path));
 
     ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));
     file.Write(bytes.data(), 10);
@@ -119,7 +114,7 @@ TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {
 }
 
 TEST_F(ToolkitFile, CloseReportsAWriteThatCouldNotReachTheDisk) {
-    if (!Exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
     CFile file;
     ASSERT_TRUE(file.Open("/dev/full", CFile::modeWrite));
     const std::string bank(17824, '\0');
