@@ -26,7 +26,7 @@
 
 namespace {
 
-constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kTab = 0xff09, kDown = 0xff54;
+constexpr unsigned long kEscape = 0xff1b, kReturn = 0xff0d, kDown = 0xff54;
 constexpr int kProgramList = 1120, kNameField = 5000;
 
 // The plug-in's save dialog in miniature: a bound program list whose choice
@@ -80,38 +80,6 @@ CPoint MiddleOf(const CWnd* window) {
     return ControlHost::Screen(*window, r.Width() / 2, r.Height() / 2);
 }
 
-TEST(ToolkitDialogTemplate, TheSaveDialogsTemplateHasItsFourControlsAndTwoLabels) {
-    AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
-    DialogTemplate t;
-    ASSERT_TRUE(LoadDialogTemplate(5040, t));
-    AfxSetResourceFolder(nullptr);
-    EXPECT_EQ(t.width, 300);
-    EXPECT_EQ(t.height, 130);
-    EXPECT_EQ(t.title, "Save Program");
-    struct Expected {
-        DialogControlKind kind;
-        int id;
-        CRect rect;
-        const char* caption;
-    } expected[] = {
-        {DialogControlKind::Static, 0xFFFF, CRect(12, 14, 72, 36), "Program"},
-        {DialogControlKind::Combo, kProgramList, CRect(80, 14, 288, 254), ""},
-        {DialogControlKind::Static, 0xFFFF, CRect(12, 50, 72, 72), "Name"},
-        {DialogControlKind::Edit, kNameField, CRect(80, 50, 288, 72), ""},
-        {DialogControlKind::DefButton, IDOK, CRect(128, 94, 204, 118), "OK"},
-        {DialogControlKind::Button, IDCANCEL, CRect(212, 94, 288, 118), "Cancel"},
-    };
-    ASSERT_EQ(t.controls.size(), std::size(expected));
-    for (size_t i = 0; i < t.controls.size(); ++i) {
-        EXPECT_EQ(t.controls[i].kind, expected[i].kind) << i;
-        EXPECT_EQ(t.controls[i].id, expected[i].id) << i;
-        EXPECT_EQ(t.controls[i].rect, expected[i].rect) << i;
-        EXPECT_EQ(t.controls[i].caption, expected[i].caption) << i;
-    }
-    // 22 pixels of box, 12 rows below it.
-    EXPECT_EQ((t.controls[1].rect.Height() - 22 - 2) / CComboListPopup::RowHeight(nullptr), 12);
-}
-
 TEST(ToolkitDialogTemplate, ReadingKeepsWhatIsWellFormedAndBoundsTheNumbers) {
     DialogTemplate t;
     EXPECT_FALSE(ParseDialogTemplate("", t));
@@ -154,8 +122,7 @@ TEST(ToolkitDialogTemplate, WithoutTemplateOrDisplayDoModalAnswersMinusOne) {
 class ToolkitDialogs : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string error;
-        ASSERT_TRUE(host.Open(MakeHeadlessEnvironment(), error)) << error;
+        ASSERT_TRUE(host.Open());
         AfxSetResourceFolder(TAPDELAY_PLUGIN_DIR);
         baseline = WindowTree::LiveWindowCount();
     }
@@ -178,32 +145,6 @@ protected:
 };
 
 TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
-    // Return with a typed name: the focus starts on the list, Tab moves it
-    // to the name (all selected), typing replaces it.
-    {
-        SaveLikeDialog dialog(&host.Root());
-        std::string focusAtStart;
-        ModalScript script(host.Env());
-        WaitForDialog(script)
-            .Do([&] { focusAtStart = CWnd::GetFocus() == &dialog.m_programs ? "list" : "other"; })
-            .Snapshot(DialogWindow, TAPDELAY_BINARY_DIR "toolkit-dialog.png")
-            .Key(kTab)
-            .WaitUntil([&] { return CWnd::GetFocus() == dialog.GetDlgItem(kNameField); })
-            .Text("Bright")
-            .WaitUntil([&] { return TextOf(dialog.GetDlgItem(kNameField)) == "Bright"; })
-            .Snapshot(DialogWindow, TAPDELAY_BINARY_DIR "toolkit-dialog-typed.png")
-            .Key(kReturn);
-        script.Install();
-        EXPECT_EQ(dialog.DoModal(), IDOK);
-        EXPECT_FALSE(script.Overran());
-        EXPECT_EQ(focusAtStart, "list");
-        EXPECT_EQ(dialog.okName, "Bright");
-        EXPECT_EQ(dialog.okSelection, 3);
-        // Window and controls are gone, owned controls freed.
-        EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
-        EXPECT_EQ(dialog.m_programs.GetSafeHwnd(), nullptr);
-        EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
-    }
     // Escape after some typing, the window manager's close button (on X11
     // the backend's own test sends it), and a click on OK or Cancel. OnOK
     // runs for OK only.
@@ -227,7 +168,8 @@ TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
         EXPECT_FALSE(script.Overran()) << way;
         EXPECT_EQ(dialog.okSelection, way == kOkButton ? 3 : -1) << way;
     }
-    // The same object runs again with a freshly filled list.
+    // Return; the same object runs again with a freshly filled list. (The
+    // editor's X11 test types a name into the real dialog.)
     {
         SaveLikeDialog dialog(&host.Root());
         for (int run = 0; run < 2; ++run) {
@@ -236,22 +178,31 @@ TEST_F(ToolkitDialogs, ReturnEscapeTheCloseButtonAndTheButtonsEndTheDialog) {
             script.Install();
             EXPECT_EQ(dialog.DoModal(), IDOK);
             EXPECT_EQ(dialog.okName, "Name 4");
+            EXPECT_EQ(dialog.okSelection, 3);
         }
+        // Window and controls are gone, owned controls freed.
+        EXPECT_EQ(dialog.GetSafeHwnd(), nullptr);
+        EXPECT_EQ(dialog.m_programs.GetSafeHwnd(), nullptr);
     }
     EXPECT_EQ(WindowTree::LiveWindowCount(), baseline);
 }
 
 TEST_F(ToolkitDialogs, AListChoiceInsideTheDialogReachesItsHandlerAndReturnThenConfirms) {
     SaveLikeDialog dialog(nullptr);
-    // Without a parent the dialog goes over the window that took the input.
+    // Without a parent the dialog goes over the window that took the input
+    // (the editor's X11 test sees it centred there).
     host.ClickAt(host.Root(), 5, 5);
-    CRect dialogRect, rootRect;
-    host.Root().GetWindowRect(&rootRect);
-    std::string nameAfterChoice;
+    CRect dialogRect;
+    std::string nameAfterChoice, title;
+    int listRows = 0;
     bool runningAfterListReturn = false;
     ModalScript script(host.Env());
     WaitForDialog(script)
-        .Do([&] { dialog.GetWindowRect(&dialogRect); })
+        .Do([&] {
+            dialog.GetWindowRect(&dialogRect);
+            title = TextOf(&dialog);
+            listRows = dialog.m_programs.GetVisibleRows();
+        })
         .ClickAt([&] { return MiddleOf(&dialog.m_programs); })
         .WaitUntil([&] { return dialog.m_programs.GetDroppedList() != nullptr; })
         .Snapshot([&] { return dialog.m_programs.GetDroppedList()->GetNativeWindow(); },
@@ -273,10 +224,10 @@ TEST_F(ToolkitDialogs, AListChoiceInsideTheDialogReachesItsHandlerAndReturnThenC
     EXPECT_EQ(nameAfterChoice, "6:Program");
     EXPECT_EQ(dialog.okName, "6:Program");
     EXPECT_EQ(dialog.okSelection, 5);
-    // Centred on the root window that was clicked.
+    // The plug-in's template; its list shows 12 rows below the box.
+    EXPECT_EQ(title, "Save Program");
+    EXPECT_EQ(listRows, 12);
     EXPECT_EQ(dialogRect.Size(), CSize(300, 130));
-    EXPECT_LE(std::abs((dialogRect.left + dialogRect.right) - (rootRect.left + rootRect.right)), 1);
-    EXPECT_LE(std::abs((dialogRect.top + dialogRect.bottom) - (rootRect.top + rootRect.bottom)), 1);
 }
 
 TEST_F(ToolkitDialogs, TheMessageBoxShowsItsTextAndCloses) {

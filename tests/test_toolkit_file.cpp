@@ -25,11 +25,6 @@ std::string ReadBytes(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-bool Exists(const std::string& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0;
-}
-
 // Reads up to `count` bytes as a string.
 std::string ReadText(CFile& file, unsigned count) {
     std::string buffer(count, '\0');
@@ -45,84 +40,13 @@ protected:
 
 }  // namespace
 
-TEST_F(ToolkitFile, WrittenBytesReadBackInOrderAndOpeningAgainClosesTheLastStream) {
-    const std::string path = Path("bank.fxb");
-    const std::string bytes("CcnK\0\0\0\0FBCh\x80\xff", 14);
-    {
-        CFile file;
-        ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));
-        file.Write(bytes.data(), 10);
-        file.Write(bytes.data() + 10, 4);
-        EXPECT_EQ(file.GetFilePath(), path.c_str());
-    }  // the destructor closes and flushes
-    EXPECT_EQ(ReadBytes(path), bytes);
-
-    CFile file;
-    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
-    EXPECT_EQ(ReadText(file, 2), "Cc");
-    EXPECT_EQ(file.Seek(2, CFile::current), 4u);  // as the bank reader skips reserved bytes
-    EXPECT_EQ(ReadText(file, 32), bytes.substr(4));  // only what is left
-    EXPECT_EQ(ReadText(file, 32), "");
-
-    // Opening again closes the previous stream, flushing what it wrote.
-    ASSERT_TRUE(file.Open(Path("first.bin").c_str(), kCreateWrite));
-    file.Write("one", 3);
-    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
-    EXPECT_EQ(ReadBytes(Path("first.bin")), "one");
-    EXPECT_EQ(ReadText(file, 4), "CcnK");
-}
-
-TEST_F(ToolkitFile, ReadingNeverCreatesNorWritesAndCreatingEmptiesEvenAReadOnlyFile) {
+// The bank file's life with the flags the plug-in passes: reading never
+// creates nor writes, creating empties even a read-only file, opening again
+// closes (and flushes) the last stream, and a file that is not open answers
+// zero and does nothing.
+TEST_F(ToolkitFile, WrittenBytesReadBackAndTheOpenFlagsKeepTheirPromises) {
     const std::string path = Path("TapDelayDef.fxb");
-    CFile file;
-    EXPECT_FALSE(file.Open(path.c_str(), kReadBinary));  // reading never creates ...
-    EXPECT_FALSE(Exists(path));
-    WriteBytes(path, "keep");
-    ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
-    file.Write("zz", 2);  // ... nor writes
-    file.Close();
-    EXPECT_EQ(ReadBytes(path), "keep");
-
-    WriteBytes(path, std::string(17824, 'x'));
-    ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));  // empties the file without any write
-    EXPECT_TRUE(file.Close());
-    EXPECT_TRUE(Exists(path));
-    EXPECT_EQ(ReadBytes(path), "");
-
-    // Create wins over read-write: the file is recreated, even when it was read-only.
-    WriteBytes(path, "protected");
-    chmod(path.c_str(), 0444);
-    ASSERT_TRUE(file.Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite));
-    file.Write("new", 3);
-    file.Close();
-    EXPECT_EQ(ReadBytes(path), "new");
-}
-
-TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {
-    ASSERT_TRUE(std::filesystem::create_directory(Path("My Bank 100%")));
-    const std::string path = Path("My Bank 100%/TapDelayDef.fxb");
-    WriteBytes(path, "CcnK");
-    // The temp folder's own name needs no escapes; ' ' is %20 and '%' is %25.
-    const std::string url = "file://" + Path("My%20Bank%20100%25/TapDelayDef.fxb");
-    for (const std::string& name : {path, url, "file://localhost" + Path("My%20Bank%20100%25/TapDelayDef.fxb")}) {
-        SCOPED_TRACE(name);
-        CFile file;
-        ASSERT_TRUE(file.Open(name.c_str(), kReadBinary));
-        EXPECT_EQ(file.GetFilePath(), path.c_str());
-        EXPECT_EQ(ReadText(file, 4), "CcnK");
-    }
-    CFile writer;
-    // URLs without a file-system path open nothing and create nothing.
-    EXPECT_FALSE(writer.Open("http://example.com/TapDelayDef.fxb", kReadBinary));
-    EXPECT_FALSE(writer.Open(("file://otherhost" + Path("x")).c_str(), kCreateWrite));
-    EXPECT_FALSE(writer.Open(("file://" + Path("bad%zzescape")).c_str(), kCreateWrite));
-    EXPECT_FALSE(writer.IsOpen());
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
-}
-
-TEST_F(ToolkitFile, ClosedOrUnopenedFileAnswersZeroAndDoesNothing) {
-    const std::string path = Path("closed.bin");
-    WriteBytes(path, "data");
+    const std::string bytes("CcnK\0\0\0\0FBCh\x80\xff", 14);
     CFile file;
     auto expectInert = [&] {
         char buffer[4] = {'a', 'b', 'c', 'd'};
@@ -133,19 +57,64 @@ TEST_F(ToolkitFile, ClosedOrUnopenedFileAnswersZeroAndDoesNothing) {
         EXPECT_TRUE(file.Close());
     };
     expectInert();
+    EXPECT_FALSE(file.Open(path.c_str(), kReadBinary));
+    EXPECT_FALSE(std::filesystem::exists(path));
+
+    ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));
+    file.Write(bytes.data(), 10);
+    file.Write(bytes.data() + 10, 4);
+    EXPECT_EQ(file.GetFilePath(), path.c_str());
     ASSERT_TRUE(file.Open(path.c_str(), kReadBinary));
-    EXPECT_EQ(file.Seek(3, CFile::begin), 3u);
+    EXPECT_EQ(ReadBytes(path), bytes);
+    EXPECT_EQ(ReadText(file, 2), "Cc");
+    EXPECT_EQ(file.Seek(2, CFile::current), 4u);  // as the bank reader skips reserved bytes
+    EXPECT_EQ(ReadText(file, 32), bytes.substr(4));  // only what is left
+    EXPECT_EQ(ReadText(file, 32), "");
+    file.Write("zz", 2);
     file.Close();
+    EXPECT_EQ(ReadBytes(path), bytes);
+
+    ASSERT_TRUE(file.Open(path.c_str(), kCreateWrite));  // empties the file without any write
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(ReadBytes(path), "");
     expectInert();  // closing twice is safe
-    EXPECT_EQ(ReadBytes(path), "data");
+    // Create wins over read-write: the file is recreated, even when it was read-only.
+    WriteBytes(path, "protected");
+    chmod(path.c_str(), 0444);
+    ASSERT_TRUE(file.Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite));
+    file.Write("new", 3);
+    file.Close();
+    EXPECT_EQ(ReadBytes(path), "new");
     // A failed open leaves the file closed just the same.
     EXPECT_FALSE(file.Open(Path("missing/x.bin").c_str(), kCreateWrite));
     expectInert();
     EXPECT_FALSE(file.Open(nullptr, kReadBinary));
 }
 
+TEST_F(ToolkitFile, URLAndPlainPathOpenTheSameFile) {
+    ASSERT_TRUE(std::filesystem::create_directory(Path("My Bank 100%")));
+    const std::string path = Path("My Bank 100%/TapDelayDef.fxb");
+    WriteBytes(path, "CcnK");
+    // The temp folder's own name needs no escapes; ' ' is %20 and '%' is %25.
+    const std::string url = "file://" + Path("My%20Bank%20100%25/TapDelayDef.fxb");
+    for (const std::string& name : {path, url}) {
+        SCOPED_TRACE(name);
+        CFile file;
+        ASSERT_TRUE(file.Open(name.c_str(), kReadBinary));
+        EXPECT_EQ(file.GetFilePath(), path.c_str());
+        EXPECT_EQ(ReadText(file, 4), "CcnK");
+    }
+    CFile writer;
+    // URLs without a file-system path open nothing and create nothing (the
+    // URL forms themselves are the PathToPOSIX table's).
+    EXPECT_FALSE(writer.Open("http://example.com/TapDelayDef.fxb", kReadBinary));
+    EXPECT_FALSE(writer.Open(("file://otherhost" + Path("x")).c_str(), kCreateWrite));
+    EXPECT_FALSE(writer.IsOpen());
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
 TEST_F(ToolkitFile, CloseReportsAWriteThatCouldNotReachTheDisk) {
-    if (!Exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
     CFile file;
     ASSERT_TRUE(file.Open("/dev/full", CFile::modeWrite));
     const std::string bank(17824, '\0');

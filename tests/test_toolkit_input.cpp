@@ -64,8 +64,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(hosted.opened);
         ASSERT_TRUE(hosted.CreateRoot(root));
-        dblClass = AfxRegisterWndClass(CS_DBLCLKS);
-        ASSERT_TRUE(left.Create(dblClass, "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 110, 60), &root, 2));
+        ASSERT_TRUE(left.Create(AfxRegisterWndClass(CS_DBLCLKS), "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 110, 60), &root, 2));
         ASSERT_TRUE(right.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(150, 10, 250, 60), &root, 3));
         ASSERT_TRUE(nested.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(20, 20, 40, 40), &right, 4));
         hosted.env->Settle();
@@ -77,7 +76,6 @@ protected:
         hosted.env->Click(p.x, p.y, button);
     }
     HostedWindow hosted;
-    LPCTSTR dblClass = nullptr;
     Probe root, left, right, nested;
 };
 
@@ -119,11 +117,6 @@ TEST_F(ToolkitInput, CaptureKeepsTheDragOnTheCapturingWindow) {
     EXPECT_EQ(seen, (std::vector<Seen>{{2, WM_MOUSEMOVE, 0, 10, 10}, {2, WM_LBUTTONDOWN, 0, 10, 10},
                                        {2, WM_MOUSEMOVE, 0, 170, 20}, {2, WM_MOUSEMOVE, 0, -15, 290},
                                        {2, WM_LBUTTONUP, 0, -15, 290}}));
-    seen.clear();
-    p = HostedWindow::Screen(180, 30);
-    env.MovePointer(p.x, p.y);
-    env.Settle();
-    EXPECT_EQ(seen, (std::vector<Seen>{{4, WM_MOUSEMOVE, 0, 10, 0}}));
     // One capture per process: setting it elsewhere takes it over.
     EXPECT_EQ(right.SetCapture(), nullptr);
     EXPECT_EQ(left.SetCapture(), &right);
@@ -197,17 +190,13 @@ TEST_F(ToolkitInput, FocusMovesWithMessagesAndGivesTheKeyboardBack) {
     EXPECT_EQ(CWnd::GetFocus(), &root);
     EXPECT_EQ(headless::KeyboardFocus(), 0u);
     EXPECT_EQ(seen, (std::vector<Seen>{{2, WM_KILLFOCUS, 0, 0, 0}, {1, WM_SETFOCUS, 0, 0, 0}}));
-    // Keys now reach the root.
+    // So does destroying it (a click on an edit-like window taking the
+    // keyboard is the edit test's).
     left.ShowWindow(SW_SHOW);
     left.SetFocus();
-    seen.clear();
     left.DestroyWindow();
     EXPECT_EQ(CWnd::GetFocus(), &root);
     EXPECT_EQ(headless::KeyboardFocus(), 0u);
-    // A click on an edit-like window takes the keyboard as well.
-    nested.keyboard = true;
-    Click(175, 35);
-    EXPECT_EQ(headless::KeyboardFocus(), root.GetNativeWindow());
 }
 
 TEST_F(ToolkitInput, KeyStateFollowsTheLiveModifiers) {

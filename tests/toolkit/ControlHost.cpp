@@ -23,25 +23,16 @@ LRESULT CommandRecorder::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) 
     return CWnd::WindowProc(message, wParam, lParam);
 }
 
-bool ControlHost::Open(std::unique_ptr<TestEnvironment> environment, std::string& error) {
-    m_environment = std::move(environment);
-    if (!m_environment) {
-        error = "no environment";
-        return false;
-    }
+bool ControlHost::Open() {
+    m_environment = MakeHeadlessEnvironment();
     m_environment->Install();
     m_host = m_environment->CreateHostWindow(CRect(kHostX, kHostY, kHostX + 500, kHostY + 400));
-    if (!m_frame.SetNativeHandle(m_host)) {
-        error = "no display connection";
-        return false;
-    }
-    if (!m_root.Create(AfxRegisterWndClass(CS_DBLCLKS), "editor", WS_CHILD | WS_VISIBLE,
-                       CRect(kRootX, kRootY, kRootX + 480, kRootY + 380), &m_frame, 1)) {
-        error = "no root window";
-        return false;
-    }
+    const bool opened =
+        m_frame.SetNativeHandle(m_host) &&
+        m_root.Create(AfxRegisterWndClass(CS_DBLCLKS), "editor", WS_CHILD | WS_VISIBLE,
+                      CRect(kRootX, kRootY, kRootX + 480, kRootY + 380), &m_frame, 1);
     m_environment->Settle();
-    return true;
+    return opened;
 }
 
 void ControlHost::Close() {
@@ -115,7 +106,6 @@ ModalScript& ModalScript::Text(const std::string& ascii) {
 }
 
 ModalScript& ModalScript::Snapshot(std::function<NativeWindow()> window, const char* path) {
-    if (std::string(m_environment.Name()) != "headless") return *this;
     return Do([window, file = std::string(path)] { headless::WriteWindowPng(window(), file.c_str()); });
 }
 

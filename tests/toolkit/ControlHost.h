@@ -35,8 +35,8 @@ public:
     // Host window at hostRect (screen), the root at rootRect inside it.
     static constexpr int kHostX = 100, kHostY = 100, kRootX = 10, kRootY = 10;
 
-    // False (with the reason in error) when the environment cannot host.
-    bool Open(std::unique_ptr<TestEnvironment> environment, std::string& error);
+    // Opens the headless environment, the host window and the root.
+    bool Open();
     void Close();
     ~ControlHost() { Close(); }
 
@@ -73,8 +73,8 @@ public:
     ModalScript& ClickAt(std::function<CPoint()> screen, int button = 1);
     ModalScript& Key(unsigned long keysym);
     ModalScript& Text(const std::string& ascii);
-    // On the headless screen, writes the window's pixels to the PNG file at
-    // path for a person to look at; nothing elsewhere.
+    // Writes the window's pixels to the PNG file at path for a person to
+    // look at.
     ModalScript& Snapshot(std::function<NativeWindow()> window, const char* path);
 
     void Install();

@@ -17,11 +17,12 @@ public:
     explicit HostedWindow(std::unique_ptr<TestEnvironment> environment)
         : env(std::move(environment)) {
         env->Install();
-        opened = OpenHost();
+        host = env->CreateHostWindow(CRect(kHostX, kHostY, kHostX + kHostWidth, kHostY + kHostHeight));
+        opened = frame.SetNativeHandle(host);
     }
     ~HostedWindow() {
         frame.SetNativeHandle(0);
-        if (!hostDestroyed) env->DestroyHostWindow(host);
+        env->DestroyHostWindow(host);
         AfxSetNativeDisplayFactory(nullptr);
     }
 
@@ -31,17 +32,6 @@ public:
                            CRect(kRootX, kRootY, kRootX + kRootWidth, kRootY + kRootHeight),
                            &frame, 1) != FALSE;
     }
-    // A new host window for the frame to wrap: at first, and again after the
-    // host destroyed the last one (once the frame has let go of it).
-    bool OpenHost() {
-        host = env->CreateHostWindow(CRect(kHostX, kHostY, kHostX + kHostWidth, kHostY + kHostHeight));
-        hostDestroyed = false;
-        return frame.SetNativeHandle(host);
-    }
-    void DestroyHost() {
-        env->DestroyHostWindow(host);
-        hostDestroyed = true;
-    }
     // Screen point of a root client point.
     static CPoint Screen(int x, int y) { return CPoint(kHostX + kRootX + x, kHostY + kRootY + y); }
 
@@ -49,5 +39,4 @@ public:
     NativeWindow host = 0;
     CFrameWnd frame;
     bool opened = false;
-    bool hostDestroyed = false;
 };

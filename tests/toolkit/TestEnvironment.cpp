@@ -1,7 +1,11 @@
-// The convenience input of every test environment, built on its primitives.
+// The headless test environment: its primitives, and the convenience input
+// built on them.
 #include "tests/toolkit/TestEnvironment.h"
 
 #include <cstring>
+
+#include "toolkit/CWnd.h"
+#include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
 
@@ -28,6 +32,30 @@ unsigned long KeyFor(char ch, bool& shift) {
 
 }  // namespace
 
+void TestEnvironment::Install() {
+    AfxSetNativeDisplayFactory([] { return std::make_unique<HeadlessDisplay>(); });
+}
+
+NativeWindow TestEnvironment::CreateHostWindow(const CRect& screenRect) {
+    return headless::CreateHostWindow(screenRect);
+}
+void TestEnvironment::DestroyHostWindow(NativeWindow window) { headless::DestroyWindow(window); }
+
+void TestEnvironment::MovePointer(int screenX, int screenY) { headless::MovePointer(screenX, screenY); }
+void TestEnvironment::PressButton(int button) { headless::PressButton(button); }
+void TestEnvironment::ReleaseButton(int button) { headless::ReleaseButton(button); }
+void TestEnvironment::PressKey(unsigned long keysym) { headless::PressKey(keysym); }
+void TestEnvironment::ReleaseKey(unsigned long keysym) { headless::ReleaseKey(keysym); }
+
+// Injected input is queued at once; pump until the queues stay empty.
+void TestEnvironment::Settle() {
+    for (int turn = 0; turn < 50; ++turn) {
+        AfxPumpMessages();
+        if (headless::PendingEvents() == 0) break;
+    }
+    AfxPumpMessages();
+}
+
 void TestEnvironment::Click(int screenX, int screenY, int button) {
     MovePointer(screenX, screenY);
     PressButton(button);
@@ -51,4 +79,8 @@ void TestEnvironment::TypeText(const std::string& asciiText) {
         if (shift) ReleaseKey(kShiftL);
     }
     Settle();
+}
+
+std::unique_ptr<TestEnvironment> MakeHeadlessEnvironment() {
+    return std::make_unique<TestEnvironment>();
 }

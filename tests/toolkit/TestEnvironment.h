@@ -1,6 +1,7 @@
 // The windowing environment the toolkit's behaviour tests run in: the
-// headless backend with its input. Real X input is left to the X11 backend's
-// own test and to the editor's, through the built plug-in.
+// headless backend, whose input goes straight into the virtual screen's
+// queues. Real X input is left to the X11 backend's own test and to the
+// editor's, through the built plug-in.
 #pragma once
 
 #include <memory>
@@ -10,30 +11,27 @@
 
 class TestEnvironment {
 public:
-    virtual ~TestEnvironment() = default;
-    virtual const char* Name() const = 0;
-
-    // Installs this environment's backend as the toolkit's display factory.
-    virtual void Install() = 0;
+    // Installs the headless backend as the toolkit's display factory.
+    void Install();
 
     // A mapped top-level window standing for a host's editor window, at
     // screenRect; its id goes where a host would pass it (effEditOpen).
-    virtual NativeWindow CreateHostWindow(const CRect& screenRect) = 0;
+    NativeWindow CreateHostWindow(const CRect& screenRect);
     // Destroys it as a host would, even while the toolkit still has windows
     // inside it.
-    virtual void DestroyHostWindow(NativeWindow window) = 0;
+    void DestroyHostWindow(NativeWindow window);
 
-    // Real input, in screen coordinates. Buttons 1 left, 3 right.
-    virtual void MovePointer(int screenX, int screenY) = 0;
-    virtual void PressButton(int button) = 0;
-    virtual void ReleaseButton(int button) = 0;
+    // Input, in screen coordinates. Buttons 1 left, 3 right.
+    void MovePointer(int screenX, int screenY);
+    void PressButton(int button);
+    void ReleaseButton(int button);
     // Keys by X keysym (XK_Return 0xff0d, XK_a 0x61, XK_Shift_L 0xffe1...).
-    virtual void PressKey(unsigned long keysym) = 0;
-    virtual void ReleaseKey(unsigned long keysym) = 0;
+    void PressKey(unsigned long keysym);
+    void ReleaseKey(unsigned long keysym);
 
-    // Waits until the input sent so far has reached the toolkit's
-    // connections (pumping them), then pumps until nothing more arrives.
-    virtual void Settle() = 0;
+    // Pumps the toolkit until the input sent so far has been handled and
+    // nothing more arrives.
+    void Settle();
 
     // Convenience built on the above.
     void Click(int screenX, int screenY, int button = 1);
