@@ -216,32 +216,15 @@ protected:
     Display* m_display = nullptr;
 };
 
-TEST_F(EditorOnX11, OpensInTheHostWindowAtTheBackgroundsSize) {
-    HostWindow host(m_display);
-    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
-    EXPECT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1) << "a second open is harmless";
-    for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
-    EXPECT_EQ(EditorSize(), (Size{kWidth, kHeight}));
-    // Exactly one child window of the editor's size, and it shows the picture.
-    EXPECT_EQ(ChildSize(host.Id()), (Size{kWidth, kHeight}));
-    XImage* image = XGetImage(m_display, host.Id(), 0, 0, kWidth, kHeight, AllPlanes, ZPixmap);
-    ASSERT_NE(image, nullptr);
-    std::set<unsigned long> colours;
-    for (int y = 0; y < kHeight; y += 7)
-        for (int x = 0; x < kWidth; x += 7) colours.insert(XGetPixel(image, x, y));
-    XDestroyImage(image);
-    EXPECT_GT(colours.size(), 50u) << "not blank";
-    plugin->dispatch(effEditClose);
-    plugin->dispatch(effEditClose);
-}
-
 // Many opens and closes, two instances at once, and a host that destroys
 // its window before it closes the editor (some do).
 TEST_F(EditorOnX11, OpensAndClosesManyTimesTwoAtOnceAndAfterTheHostWindowIsGone) {
     HostWindow host(m_display);
     for (int round = 0; round < 100; round++) {
         ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
+        ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1) << "a second open is harmless";
         plugin->dispatch(effEditIdle);
+        plugin->dispatch(effEditClose);
         plugin->dispatch(effEditClose);
     }
     PluginUnderTest second;
@@ -280,6 +263,13 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
     ASSERT_EQ(plugin->dispatch(effEditOpen, 0, 0, host.Handle()), 1);
     EXPECT_EQ(ChildSize(host.Id()), (Size{at(kWidth), at(kHeight)}));
     for (int i = 0; i < 5; i++) plugin->dispatch(effEditIdle);
+    XImage* image = XGetImage(m_display, host.Id(), 0, 0, at(kWidth), at(kHeight), AllPlanes, ZPixmap);
+    ASSERT_NE(image, nullptr);
+    std::set<unsigned long> colours;
+    for (int y = 0; y < at(kHeight); y += 7)
+        for (int x = 0; x < at(kWidth); x += 7) colours.insert(XGetPixel(image, x, y));
+    XDestroyImage(image);
+    EXPECT_GT(colours.size(), 50u) << "the editor's picture is not shown";
     plugin->setParameter(60, 1.0f);  // tempo sync on: the note menu opens
     plugin->setParameter(61, 0.0f);
     const float delayOn = plugin->getParameter(21);
@@ -333,6 +323,10 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
     EXPECT_NEAR(menu.x, at(175), 2 * scale);
     EXPECT_NEAR(menu.y, at(337), 2 * scale);
     EXPECT_EQ(plugin->display(61), "16th");
+    float noteTold = -1;
+    for (const HostCall& call : plugin->callsWithOpcode(audioMasterAutomate))
+        if (call.index == 61) noteTold = call.opt;
+    EXPECT_EQ(noteTold, 2.0f) << "the host is told the note's index, not a normalised value";
     EXPECT_GT(dialog.width, 0) << "the save dialog did not appear";
     // The dialog sits over the editor's middle.
     EXPECT_NEAR(dialog.x + dialog.width / 2, at(kWidth) / 2, 2 * scale);
