@@ -35,12 +35,6 @@ cairo_surface_t* EditorFixture::Capture() {
     return m_viewer->CaptureWindow(m_hostWindow);
 }
 
-void EditorFixture::WritePng(const std::string& name) {
-    cairo_surface_t* picture = Capture();
-    cairo_surface_write_to_png(picture, (std::string(TAPDELAY_BINARY_DIR) + name).c_str());
-    cairo_surface_destroy(picture);
-}
-
 void EditorFixture::Click(int x, int y) {
     CPoint p = Screen(x, y);
     m_env->Click(p.x, p.y);

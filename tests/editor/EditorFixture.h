@@ -35,7 +35,6 @@ public:
     void Idle() { m_editor->idle(); }
     // The host window's pixels now; the caller destroys the surface.
     cairo_surface_t* Capture();
-    void WritePng(const std::string& name);  // into the build folder
     // Screen point of a client point (logical) of the editor window.
     CPoint Screen(int x, int y) const {
         const double s = m_editor->GetScale();
