@@ -1,7 +1,8 @@
 // The bitmap controls on their own, in the modes the editor uses: knob
 // angles and the end-stop rule, the film-strip frame for a value, slider
-// mappings, switch frames, and what each control draws, read back from
-// pixels of frames painted in colours of their own.
+// mappings, and what each control draws, read back from pixels of frames
+// painted in colours of their own (the switches are clicked and looked at
+// through the editor).
 #include <gtest/gtest.h>
 #include <cairo.h>
 
@@ -9,7 +10,6 @@
 #include <vector>
 
 #include "editor/CVMQBitmapSliderDC.h"
-#include "editor/CVMQBitmapSwitch2DC.h"
 #include "editor/CVMQNewBitmapTumamiDC.h"
 
 namespace {
@@ -221,24 +221,22 @@ protected:
 TEST_F(Slider, PointsMapInBothOrientations) {
     struct Case {
         int vertical;
-        bool reversed;
         int a, b;  // start and end on the axis
         std::vector<std::pair<int, float>> points;
     } cases[] = {
         // Vertical, the minimum at the bottom: below it min, above the top max.
-        {1, false, 120, 10, {{125, 0.0f}, {120, 0.0f}, {65, 50.0f}, {10, 100.0f}, {3, 100.0f}, {43, 70.0f}}},
+        {1, 120, 10, {{125, 0.0f}, {120, 0.0f}, {65, 50.0f}, {10, 100.0f}, {3, 100.0f}, {43, 70.0f}}},
         // Horizontal: the minimum at the left.
-        {0, false, 10, 120, {{3, 0.0f}, {10, 0.0f}, {65, 50.0f}, {120, 100.0f}, {128, 100.0f}}},
+        {0, 10, 120, {{3, 0.0f}, {10, 0.0f}, {65, 50.0f}, {120, 100.0f}, {128, 100.0f}}},
     };
     for (const Case& c : cases) {
         verticalMade = c.vertical != 0;
         CPoint start = c.vertical ? CPoint(5, c.a) : CPoint(c.a, 5);
         CPoint end = c.vertical ? CPoint(5, c.b) : CPoint(c.b, 5);
-        Make(c.vertical, start, end, false, c.reversed);
+        Make(c.vertical, start, end);
         slider.SetValue(33.0f, nullptr, false);
         for (const auto& [point, value] : c.points)
-            EXPECT_FLOAT_EQ(ValueAt(point), value) << "vertical " << c.vertical << " reversed " << c.reversed
-                                                   << " at " << point;
+            EXPECT_FLOAT_EQ(ValueAt(point), value) << "vertical " << c.vertical << " at " << point;
     }
 }
 
@@ -305,50 +303,6 @@ TEST_F(Slider, ThumbsSitWhereTheValueSays) {
         EXPECT_EQ(thumbLeft, left) << value;
         EXPECT_EQ(Rgb(dc, 100 + left + 6, 50 + 2), 0x202020u) << value;
     }
-}
-
-// Switch pictures of 2 x 4: two frames of 2 x 2, released above pressed,
-// drawn whole (the editor's switches have no mask).
-class Switch : public ::testing::Test {
-protected:
-    static constexpr uint32_t kOffUp = 0x101010, kOffDown = 0x202020, kOnUp = 0xC08020, kOnDown = 0xF0A040;
-    void SetUp() override {
-        Frames(off, kOffUp, kOffDown);
-        Frames(on, kOnUp, kOnDown);
-        button.Make(CRect(3, 4, 5, 6), &parent, &off, &on, 9, CRect(), false, nullptr, &Calls::Record, &calls);
-        Canvas(dc, 8, 8, 0x3060A0);
-    }
-    static void Frames(CVMQBitmap& bitmap, uint32_t up, uint32_t down) {
-        ASSERT_TRUE(bitmap.CreateBitmap(2, 4));
-        Fill(bitmap, 0, 0, 2, 2, up);
-        Fill(bitmap, 0, 2, 2, 2, down);
-    }
-
-    CVMQBitmap off, on;
-    CWnd parent;
-    Calls calls;
-    CVMQBitmapSwitch2DC button;
-    CDC dc;
-};
-
-TEST_F(Switch, PressedShowsTheLowerFrameAndValuesNotifyOnChange) {
-    button.DrawSwitch(&dc);
-    EXPECT_EQ(Rgb(dc, 4, 5), kOffUp);
-    button.SetValue(1, false);
-    button.LButtonDown(&dc);  // drawn at once
-    EXPECT_EQ(Rgb(dc, 3, 4), kOnDown);
-    EXPECT_EQ(Rgb(dc, 4, 5), kOnDown);
-    button.LButtonUp(&dc);
-    EXPECT_EQ(Rgb(dc, 3, 4), kOnUp);
-
-    EXPECT_TRUE(button.PtInSwitch(CPoint(3, 4)));
-    EXPECT_FALSE(button.PtInSwitch(CPoint(5, 4)));  // right edge exclusive
-    button.SetValue(5, true);
-    EXPECT_EQ(button.GetValue(), 1);
-    button.SetValue(5, true);   // unchanged
-    button.SetValue(0, false);  // changed, not told
-    ASSERT_EQ(calls.made.size(), 1u);
-    EXPECT_EQ(calls.made[0], std::make_pair(9u, 5.0f));
 }
 
 }  // namespace
