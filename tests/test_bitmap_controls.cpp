@@ -218,28 +218,6 @@ protected:
     bool verticalMade = false;
 };
 
-TEST_F(Slider, PointsMapInBothOrientations) {
-    struct Case {
-        int vertical;
-        int a, b;  // start and end on the axis
-        std::vector<std::pair<int, float>> points;
-    } cases[] = {
-        // Vertical, the minimum at the bottom: below it min, above the top max.
-        {1, 120, 10, {{125, 0.0f}, {120, 0.0f}, {65, 50.0f}, {10, 100.0f}, {3, 100.0f}, {43, 70.0f}}},
-        // Horizontal: the minimum at the left.
-        {0, 10, 120, {{3, 0.0f}, {10, 0.0f}, {65, 50.0f}, {120, 100.0f}, {128, 100.0f}}},
-    };
-    for (const Case& c : cases) {
-        verticalMade = c.vertical != 0;
-        CPoint start = c.vertical ? CPoint(5, c.a) : CPoint(c.a, 5);
-        CPoint end = c.vertical ? CPoint(5, c.b) : CPoint(c.b, 5);
-        Make(c.vertical, start, end);
-        slider.SetValue(33.0f, nullptr, false);
-        for (const auto& [point, value] : c.points)
-            EXPECT_FLOAT_EQ(ValueAt(point), value) << "vertical " << c.vertical << " at " << point;
-    }
-}
-
 // The level sliders' mapping: vertical and logarithmic, half way up is
 // (10^0.5 - 1) / 9 of the range.
 TEST_F(Slider, LogarithmicAndCoincidentEnds) {
@@ -271,37 +249,27 @@ TEST_F(Slider, ChangesNotifyOnce) {
 }
 
 // The thumb's top (vertical) or left (horizontal) edge in the composed
-// picture.
+// picture: vertically y = (int)(a - (v - min)(a - b)/(max - min) - th/2),
+// horizontally x = (int)(a + (v - min)(b - a)/(max - min) - tw/2).
 TEST_F(Slider, ThumbsSitWhereTheValueSays) {
+    const struct {
+        int vertical;
+        float value;
+        int edge;
+    } cases[] = {{1, 0.0f, 117}, {1, 100.0f, 7}, {1, 50.0f, 62}, {1, 33.0f, 80},
+                 {0, 0.0f, 7},   {0, 100.0f, 117}, {0, 50.0f, 62}, {0, 33.0f, 43}};
     CDC dc;
-    verticalMade = true;
-    Make(1, CPoint(5, 120), CPoint(5, 10));
-    const auto thumbTop = [&] {
-        for (int y = 0; y < 130; y++)
-            if (Rgb(dc, 100 + 7, 50 + y) == 0xE0E0E0u) return y;
-        return -1;
-    };
-    // y = (int)(a - (v - min)(a - b)/(max - min) - th/2)
-    const std::pair<float, int> vertical[] = {{0.0f, 117}, {100.0f, 7}, {50.0f, 62}, {33.0f, 80}};
-    for (const auto& [value, top] : vertical) {
+    for (const auto& c : cases) {
+        verticalMade = c.vertical != 0;
+        Make(c.vertical, c.vertical ? CPoint(5, 120) : CPoint(10, 5), c.vertical ? CPoint(5, 10) : CPoint(120, 5));
         Canvas(dc, 300, 250, 0xFFFFFF);
-        slider.SetValue(value, &dc, false);
-        EXPECT_EQ(thumbTop(), top) << value;
-        EXPECT_EQ(Rgb(dc, 100, 50), 0x202020u);  // the track around it
-    }
-
-    verticalMade = false;
-    Make(0, CPoint(10, 5), CPoint(120, 5));
-    // x = (int)(a + (v - min)(b - a)/(max - min) - tw/2)
-    const std::pair<float, int> horizontal[] = {{0.0f, 7}, {100.0f, 117}, {50.0f, 62}, {33.0f, 43}};
-    for (const auto& [value, left] : horizontal) {
-        Canvas(dc, 300, 250, 0xFFFFFF);
-        slider.SetValue(value, &dc, false);
-        int thumbLeft = -1;
-        for (int x = 0; x < 130 && thumbLeft < 0; x++)
-            if (Rgb(dc, 100 + x, 50 + 7) == 0xE0E0E0u) thumbLeft = x;
-        EXPECT_EQ(thumbLeft, left) << value;
-        EXPECT_EQ(Rgb(dc, 100 + left + 6, 50 + 2), 0x202020u) << value;
+        slider.SetValue(c.value, &dc, false);
+        int edge = -1;
+        for (int along = 0; along < 130 && edge < 0; along++)
+            if (Rgb(dc, c.vertical ? 107 : 100 + along, c.vertical ? 50 + along : 57) == 0xE0E0E0u) edge = along;
+        EXPECT_EQ(edge, c.edge) << "vertical " << c.vertical << " value " << c.value;
+        // The track shows around the thumb.
+        EXPECT_EQ(c.vertical ? Rgb(dc, 100, 50) : Rgb(dc, 100 + c.edge + 6, 52), 0x202020u);
     }
 }
 

@@ -16,18 +16,11 @@
 #include "toolkit/CComboBox.h"
 #include "toolkit/CEdit.h"
 #include "toolkit/MenuPopup.h"
-#include "toolkit/UIConnection.h"
 #include "toolkit/headless/HeadlessDisplay.h"
 
 namespace {
 
 constexpr unsigned long kReturn = 0xff0d, kEscape = 0xff1b, kShift = 0xffe1, kControl = 0xffe3;
-
-template <typename T>
-T* OpenModal() {
-    UIConnection* connection = UIConnection::Current();
-    return connection ? dynamic_cast<T*>(connection->ModalRoot()) : nullptr;
-}
 
 // Top of tap row i's 16-pixel band.
 int RowTop(int tap) { return 80 + 39 * tap; }
@@ -50,8 +43,8 @@ protected:
     }
     // A script step that clicks item index of the open popup menu.
     void ClickMenuItem(ModalScript& script, int index) {
-        script.WaitUntil([] { return OpenModal<CMenuPopup>() != nullptr; }).Do([this, index] {
-            CMenuPopup* popup = OpenModal<CMenuPopup>();
+        script.WaitUntil([] { return ModalRootAs<CMenuPopup>() != nullptr; }).Do([this, index] {
+            CMenuPopup* popup = ModalRootAs<CMenuPopup>();
             const CRect item = popup->GetLayout().items[index];
             const CPoint at =
                 ControlHost::Screen(*popup, (item.left + item.right) / 2, (item.top + item.bottom) / 2);
@@ -230,8 +223,8 @@ TEST_F(EditorInteraction, TheCopyMenuListsEveryProgramAndCopiesTheChosenOne) {
     effect().setProgram(5);
     size_t itemCount = 0;
     ModalScript script(fixture.env());
-    script.WaitUntil([] { return OpenModal<CMenuPopup>() != nullptr; }).Do([&] {
-        CMenuPopup* popup = OpenModal<CMenuPopup>();
+    script.WaitUntil([] { return ModalRootAs<CMenuPopup>() != nullptr; }).Do([&] {
+        CMenuPopup* popup = ModalRootAs<CMenuPopup>();
         itemCount = popup->GetLayout().items.size();
         headless::WriteWindowPng(popup->GetNativeWindow(), TAPDELAY_BINARY_DIR "editor-copy-menu.png");
     });
@@ -297,9 +290,9 @@ protected:
     // (typed when plain ASCII), and finishes with key.
     void Save(int slot, const std::string& name, unsigned long key, bool typeIt = true) {
         ModalScript script(fixture.env());
-        script.WaitUntil([] { return OpenModal<CPresetSaveDlg>() != nullptr; })
+        script.WaitUntil([] { return ModalRootAs<CPresetSaveDlg>() != nullptr; })
             .Do([&] {
-                CPresetSaveDlg* dialog = OpenModal<CPresetSaveDlg>();
+                CPresetSaveDlg* dialog = ModalRootAs<CPresetSaveDlg>();
                 headless::WriteWindowPng(dialog->GetNativeWindow(), TAPDELAY_BINARY_DIR "editor-save-dialog.png");
                 auto* combo = static_cast<CComboBox*>(dialog->GetDlgItem(1120));
                 combo->SetCurSel(slot);

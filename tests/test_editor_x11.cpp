@@ -3,7 +3,10 @@
 // input is real X input (XTest) sent from a thread of its own, because menus
 // and dialogs run their loops inside the host's idle call. Input is checked
 // at each of the editor's sizes, 100 %, 150 % and 200 %.
-// GoogleTest before Xlib, whose macros (None, Bool) clash with its names.
+// The toolkit's and GoogleTest's names before Xlib, whose macros (None,
+// Bool) clash with them.
+#include "tests/toolkit/ControlHost.h"
+
 #include <gtest/gtest.h>
 // clang-format off
 #include <X11/Xlib.h>
@@ -28,11 +31,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kWidth = 800, kHeight = 360;
-
-bool RequireX11() {
-    const char* require = std::getenv("TAPDELAY_REQUIRE_X11");
-    return require && *require == '1';
-}
 
 // A host's editor window: a plain top-level window the editor goes into.
 class HostWindow {
@@ -162,10 +160,7 @@ class EditorOnX11 : public ::testing::Test {
 protected:
     void SetUp() override {
         m_display = XOpenDisplay(nullptr);
-        if (!m_display) {
-            if (RequireX11()) FAIL() << "no X server at DISPLAY";
-            GTEST_SKIP() << "no X server (set DISPLAY, e.g. under xvfb-run)";
-        }
+        SKIP_WITHOUT_X11(m_display);
         plugin.reset(new PluginUnderTest());
         plugin->prepare(48000.0f, 256);
     }

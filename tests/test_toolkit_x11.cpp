@@ -69,7 +69,7 @@ public:
     }
     Atom AtomNamed(const char* name) { return XInternAtom(m_display, name, False); }
     // The property's items (32-bit formats as longs, 8-bit as bytes).
-    std::vector<unsigned long> Property(Window window, const char* name, Atom* type = nullptr) {
+    std::vector<unsigned long> Property(Window window, const char* name) {
         Atom actualType = None;
         int format = 0;
         unsigned long count = 0, after = 0;
@@ -79,12 +79,9 @@ public:
                                AnyPropertyType, &actualType, &format, &count, &after,
                                &data) == Success && data) {
             for (unsigned long i = 0; i < count; ++i)
-                items.push_back(format == 32 ? reinterpret_cast<unsigned long*>(data)[i]
-                                : format == 16 ? reinterpret_cast<unsigned short*>(data)[i]
-                                               : data[i]);
+                items.push_back(format == 32 ? reinterpret_cast<unsigned long*>(data)[i] : data[i]);
         }
         if (data) XFree(data);
-        if (type) *type = actualType;
         return items;
     }
 
