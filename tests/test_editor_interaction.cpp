@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -277,10 +275,7 @@ TEST_F(EditorInteraction, TheIndicatorRevertsAndShiftResetsTheProgram) {
 class EditorSaveDialog : public EditorInteraction {
 protected:
     std::string BankPath() { return std::string(effect().GetPreferencesFolder()) + kBankFileName; }
-    std::vector<unsigned char> BankFile() {
-        std::ifstream in(BankPath(), std::ios::binary);
-        return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), {});
-    }
+    std::vector<unsigned char> BankFile() { return ReadWholeFile(BankPath()); }
     std::string StoredName(const std::vector<unsigned char>& file, int program) {
         const char* name = reinterpret_cast<const char*>(&file[kBankFileHeaderBytes + program * kProgramBytes +
                                                               kProgramValueBytes]);
