@@ -30,14 +30,11 @@ uint32_t* PixelOf(cairo_surface_t* surface, int x, int y) {
 }
 uint32_t Rgb(CDC& dc, int x, int y) { return *PixelOf(dc.GetTargetSurface(), x, y) & 0xFFFFFFu; }
 
-void Put(CBitmap& bitmap, int x, int y, uint32_t rgb) {
-    *PixelOf(bitmap.GetSurface(), x, y) = 0xFF000000u | rgb;
-    cairo_surface_mark_dirty(bitmap.GetSurface());
-}
 // Fills a block of a bitmap with one 0xRRGGBB colour.
 void Fill(CBitmap& bitmap, int left, int top, int width, int height, uint32_t rgb) {
     for (int y = top; y < top + height; y++)
-        for (int x = left; x < left + width; x++) Put(bitmap, x, y, rgb);
+        for (int x = left; x < left + width; x++) *PixelOf(bitmap.GetSurface(), x, y) = 0xFF000000u | rgb;
+    cairo_surface_mark_dirty(bitmap.GetSurface());
 }
 void Canvas(CDC& dc, int width, int height, uint32_t rgb) {
     ASSERT_TRUE(dc.CreateBitmapDC(width, height));
@@ -46,16 +43,15 @@ void Canvas(CDC& dc, int width, int height, uint32_t rgb) {
     cairo_surface_mark_dirty(dc.GetTargetSurface());
 }
 
-// A film strip of 61 frames of 34 x 34 whose frame n is coloured n.
 constexpr int kKnobSize = 34, kFrames = 61;
-void FilmStrip(CVMQBitmap& film) {
-    ASSERT_TRUE(film.CreateBitmap(kKnobSize, kKnobSize * kFrames));
-    for (int frame = 0; frame < kFrames; frame++) Fill(film, 0, frame * kKnobSize, kKnobSize, kKnobSize, frame);
-}
 
 class Knob : public ::testing::Test {
 protected:
-    void SetUp() override { FilmStrip(film); }
+    // A film strip of 61 frames of 34 x 34 whose frame n is coloured n.
+    void SetUp() override {
+        ASSERT_TRUE(film.CreateBitmap(kKnobSize, kKnobSize * kFrames));
+        for (int frame = 0; frame < kFrames; frame++) Fill(film, 0, frame * kKnobSize, kKnobSize, kKnobSize, frame);
+    }
     // A knob from 30 to 330 degrees, its rectangle at (10, 20).
     void Make(float min, float max) {
         knob.Make(rect, CRect(), &parent, &film, min, max, 7, kFrames, 30.0f, 330.0f, 0, false,
@@ -96,8 +92,6 @@ TEST_F(Knob, DragAnglesRunClockwiseFromTheBottom) {
         EXPECT_FLOAT_EQ(knob.GetValue(), c.value) << c.dx << "," << c.dy;
         EXPECT_EQ(knob.GetAngle(), c.angle) << c.dx << "," << c.dy;
     }
-    ASSERT_EQ(calls.made.size(), 3u);
-    EXPECT_EQ(calls.made[0].first, 7u);
     EXPECT_NE(std::atan2(-17.0, 0.0) * -180.0 / M_PI, cases[0].angle);  // the constant shows
 
     // Below the gap the angle clamps to the nearer end of the range.

@@ -142,13 +142,6 @@ protected:
     CNormalFloatEdit& Field() { return entry.GetEdit(); }
     void Type(const std::string& text) { env->TypeText(text); }
     void Key(unsigned long keysym) { env->TypeKey(keysym); }
-    // The pixel size of "A" in the 12-point font, measured on its own DC.
-    CSize LetterA() {
-        CDC dc;
-        dc.CreateDC("DISPLAY");
-        dc.SelectObject(&font12);
-        return dc.GetTextExtent("A", 1);
-    }
 
     std::unique_ptr<TestEnvironment> env;
     NativeWindow host = 0;
@@ -159,7 +152,11 @@ protected:
 };
 
 TEST_F(EntryFields, MadeHiddenSizedFromTheLetterAAndTheSystemMetricsThenOpenedWithAValue) {
-    const CSize a = LetterA();
+    // The pixel size of "A" in the 12-point font, measured on its own DC.
+    CDC dc;
+    dc.CreateDC("DISPLAY");
+    dc.SelectObject(&font12);
+    const CSize a = dc.GetTextExtent("A", 1);
     ASSERT_GT(a.cx, 0);
     ASSERT_GT(a.cy, 0);
 

@@ -48,17 +48,3 @@ uint32_t PixelAt(cairo_surface_t* surface, int x, int y) {
     std::memcpy(&pixel, row + 4 * x, 4);
     return pixel & 0xFFFFFF;
 }
-
-CRect DifferenceBounds(cairo_surface_t* a, cairo_surface_t* b, const CRect& ignore) {
-    const int width = cairo_image_surface_get_width(a), height = cairo_image_surface_get_height(a);
-    CRect bounds(width, height, 0, 0);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < width; x++)
-            if (!ignore.PtInRect(CPoint(x, y)) && PixelAt(a, x, y) != PixelAt(b, x, y)) {
-                bounds.left = std::min<int32_t>(bounds.left, x);
-                bounds.top = std::min<int32_t>(bounds.top, y);
-                bounds.right = std::max<int32_t>(bounds.right, x + 1);
-                bounds.bottom = std::max<int32_t>(bounds.bottom, y + 1);
-            }
-    return bounds.left < bounds.right ? bounds : CRect();
-}

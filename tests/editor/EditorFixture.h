@@ -55,6 +55,3 @@ private:
 
 // Pixel of an RGB24 surface as 0xRRGGBB.
 uint32_t PixelAt(cairo_surface_t* surface, int x, int y);
-// The bounding box of the pixels that differ between two equal-sized
-// captures, outside ignore.
-CRect DifferenceBounds(cairo_surface_t* a, cairo_surface_t* b, const CRect& ignore = CRect());
