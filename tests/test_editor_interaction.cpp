@@ -207,13 +207,11 @@ TEST_F(EditorInteraction, ForwardedKeysTypeIntoTheField) {
 // with it on).
 TEST_F(EditorInteraction, TheSyncNoteMenuStaysClosedWithTempoSyncOff) {
     bool opened = false;
-    {
-        ModalScript script(fixture.env());
-        script.Do([&] { opened = true; }).Key(kEscape);
-        script.Install();
-        effect().setParameter(60, 0.0f);
-        fixture.Click(200, 342);
-    }
+    ModalScript script(fixture.env());
+    script.Do([&] { opened = true; }).Key(kEscape);
+    script.Install();
+    effect().setParameter(60, 0.0f);
+    fixture.Click(200, 342);
     EXPECT_FALSE(opened);
 }
 

@@ -38,7 +38,6 @@ public:
         if (m_display) XCloseDisplay(m_display);
     }
     operator Display*() const { return m_display; }
-    Window Root() const { return DefaultRootWindow(m_display); }
 
     // A mapped top-level window, like a host's editor window.
     Window HostWindow(int x, int y, int width, int height) {
@@ -357,7 +356,7 @@ TEST(X11Errors, OtherConnectionsKeepTheirHandlerAndOursNeverEndTheProcess) {
     Driver driver;
     SKIP_WITHOUT_X11(driver);
     // A window that no longer exists: every request on it is an error.
-    const Window gone = XCreateSimpleWindow(driver, driver.Root(), 0, 0, 10, 10, 0, 0, 0);
+    const Window gone = XCreateSimpleWindow(driver, XDefaultRootWindow(driver), 0, 0, 10, 10, 0, 0, 0);
     XDestroyWindow(driver, gone);
     XSync(driver, False);
 
