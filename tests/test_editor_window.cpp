@@ -22,40 +22,6 @@ void ProcessConstant(ATapDelay& effect, float level, int frames = 512) {
 
 }  // namespace
 
-// A host change after the first paint redraws that control and its value
-// text, and nothing far from them (the modified indicator aside).
-TEST(EditorWindow, HostAutomationRedrawsOnlyThatControl) {
-    EditorFixture fixture;
-    fixture.WritePng("editor-program-0.png");
-    struct Case {
-        int parameter;
-        CRect allowed;  // the control and its text
-    };
-    const Case cases[] = {
-        {9 + 2, CRect(242, 71 + 78, 325, 105 + 78)},   // gain knob and text, tap 2
-        {3 + 4, CRect(88, 80 + 156, 236, 96 + 156)},   // delay time slider and text, tap 4
-        {58, CRect(340, 333, 488, 349)},               // feedback slider and text
-        {51 + 0, CRect(419, 80, 429, 96)},             // filter switch, tap 0
-        {33 + 5, CRect(433, 80 + 195, 469, 96 + 195)}, // filter type text, tap 5
-    };
-    const CRect indicator(216, 10, 259, 26);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.parameter);
-        cairo_surface_t* before = fixture.Capture();
-        const float value = fixture.effect().getParameter(c.parameter);
-        fixture.effect().setParameter(c.parameter, value > 0.5f ? 0.0f : 1.0f);
-        cairo_surface_t* after = fixture.Capture();
-        const CRect changed = DifferenceBounds(before, after, indicator);
-        EXPECT_FALSE(changed.IsRectEmpty());
-        EXPECT_TRUE(changed.left >= c.allowed.left && changed.top >= c.allowed.top &&
-                    changed.right <= c.allowed.right && changed.bottom <= c.allowed.bottom)
-            << "changed (" << changed.left << "," << changed.top << "," << changed.right << ","
-            << changed.bottom << ")";
-        cairo_surface_destroy(before);
-        cairo_surface_destroy(after);
-    }
-}
-
 // Meters: -38 dB lights nothing above row 133, 0 dB lights from row 19,
 // +6 dB from row 1 (rows of the meter picture, drawn at y 50).
 TEST(EditorWindow, MetersLightFromTheRowOfTheirReading) {
@@ -156,7 +122,8 @@ TEST(EditorScale, TheEditorTakesTheHostThenTheUserThenTheDesktop) {
 // At each size the window is the layout times the scale, pictures are those
 // drawn for the scale and copied pixel for pixel, text is drawn at the
 // device size (at 2x its pixels do not come in 2 x 2 blocks), and a click
-// at a layout point reaches the same control (more controls on X11).
+// at a layout point opens the field at the layout's place (the X11 test
+// clicks the other kinds of control at each size).
 TEST(EditorScale, EachSizeDrawsItsOwnPicturesAndTakesLogicalPoints) {
     for (float scale : {1.0f, 1.5f, 2.0f}) {
         SCOPED_TRACE(scale);
@@ -192,9 +159,6 @@ TEST(EditorScale, EachSizeDrawsItsOwnPicturesAndTakesLogicalPoints) {
         }
         cairo_surface_destroy(shown);
 
-        // A knob's left-middle point is 90 degrees from its start: exactly 0.2.
-        fixture.Click(291, 88);
-        EXPECT_EQ(fixture.effect().getParameter(9), 0.2f);
         fixture.Click(266, 88);  // the gain text of tap 0 opens the entry field over it
         EXPECT_EQ(fixture.window().GetEntryTarget(), 230);
         RECT field;

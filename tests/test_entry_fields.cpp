@@ -70,13 +70,6 @@ public:
             notes.push_back({message, wParam, lParam, text});
             return 0;
         }
-        if (message == WM_PAINT) {
-            CPaintDC dc(this);
-            CRect client;
-            GetClientRect(&client);
-            dc.FillSolidRect(&client, RGB(200, 200, 200));
-            return 0;
-        }
         return CWnd::WindowProc(message, wParam, lParam);
     }
     BOOL PreTranslateMessage(MSG* msg) override {
@@ -109,31 +102,21 @@ public:
 class EntryFields : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(Open(MakeHeadlessEnvironment()));
-        MakeEntry();
-    }
-    void TearDown() override { Close(); }
-
-    static constexpr int kHostX = 100, kHostY = 100;
-
-    bool Open(std::unique_ptr<TestEnvironment> environment) {
-        env = std::move(environment);
+        env = MakeHeadlessEnvironment();
         env->Install();
-        host = env->CreateHostWindow(CRect(kHostX, kHostY, kHostX + 500, kHostY + 300));
-        if (!frame.SetNativeHandle(host)) return false;
-        if (!owner.Create(AfxRegisterWndClass(CS_DBLCLKS), "editor", WS_CHILD | WS_VISIBLE,
-                          CRect(0, 0, 480, 280), &frame, 1))
-            return false;
+        host = env->CreateHostWindow(CRect(100, 100, 600, 400));
+        ASSERT_TRUE(frame.SetNativeHandle(host));
+        ASSERT_TRUE(owner.Create(AfxRegisterWndClass(CS_DBLCLKS), "editor", WS_CHILD | WS_VISIBLE,
+                                 CRect(0, 0, 480, 280), &frame, 1));
         font12.CreatePointFont(12, "Osaka");
         env->Settle();
-        return true;
+        MakeEntry();
     }
-    void Close() {
-        if (!env) return;
+    void TearDown() override {
         entry.DestroyWindow();
         if (owner.GetSafeHwnd()) owner.DestroyWindow();
         frame.SetNativeHandle(0);
-        if (host) env->DestroyHostWindow(host);
+        env->DestroyHostWindow(host);
         AfxSetNativeDisplayFactory(nullptr);
         env.reset();
     }
@@ -159,13 +142,6 @@ protected:
     CNormalFloatEdit& Field() { return entry.GetEdit(); }
     void Type(const std::string& text) { env->TypeText(text); }
     void Key(unsigned long keysym) { env->TypeKey(keysym); }
-    // The pixel size of "A" in the 12-point font, measured on its own DC.
-    CSize LetterA() {
-        CDC dc;
-        dc.CreateDC("DISPLAY");
-        dc.SelectObject(&font12);
-        return dc.GetTextExtent("A", 1);
-    }
 
     std::unique_ptr<TestEnvironment> env;
     NativeWindow host = 0;
@@ -176,7 +152,11 @@ protected:
 };
 
 TEST_F(EntryFields, MadeHiddenSizedFromTheLetterAAndTheSystemMetricsThenOpenedWithAValue) {
-    const CSize a = LetterA();
+    // The pixel size of "A" in the 12-point font, measured on its own DC.
+    CDC dc;
+    dc.CreateDC("DISPLAY");
+    dc.SelectObject(&font12);
+    const CSize a = dc.GetTextExtent("A", 1);
     ASSERT_GT(a.cx, 0);
     ASSERT_GT(a.cy, 0);
 

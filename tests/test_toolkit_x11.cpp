@@ -25,9 +25,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -40,7 +38,6 @@ public:
         if (m_display) XCloseDisplay(m_display);
     }
     operator Display*() const { return m_display; }
-    Window Root() const { return DefaultRootWindow(m_display); }
 
     // A mapped top-level window, like a host's editor window.
     Window HostWindow(int x, int y, int width, int height) {
@@ -71,7 +68,7 @@ public:
     }
     Atom AtomNamed(const char* name) { return XInternAtom(m_display, name, False); }
     // The property's items (32-bit formats as longs, 8-bit as bytes).
-    std::vector<unsigned long> Property(Window window, const char* name, Atom* type = nullptr) {
+    std::vector<unsigned long> Property(Window window, const char* name) {
         Atom actualType = None;
         int format = 0;
         unsigned long count = 0, after = 0;
@@ -81,12 +78,9 @@ public:
                                AnyPropertyType, &actualType, &format, &count, &after,
                                &data) == Success && data) {
             for (unsigned long i = 0; i < count; ++i)
-                items.push_back(format == 32 ? reinterpret_cast<unsigned long*>(data)[i]
-                                : format == 16 ? reinterpret_cast<unsigned short*>(data)[i]
-                                               : data[i]);
+                items.push_back(format == 32 ? reinterpret_cast<unsigned long*>(data)[i] : data[i]);
         }
         if (data) XFree(data);
-        if (type) *type = actualType;
         return items;
     }
 
@@ -207,7 +201,7 @@ protected:
     std::unique_ptr<NativeDisplay> m_display;
 };
 
-TEST_F(X11Backend, MouseInputArrivesInWindowCoordinatesWithButtonsAndModifiers) {
+TEST_F(X11Backend, InputArrivesInWindowCoordinatesWithModifiersAndKeysFollowTheFocus) {
     const Window host = m_driver.HostWindow(100, 80, 400, 300);
     const NativeWindow window = EmbeddedWindow(host, CRect(20, 30, 220, 130));
     ASSERT_NE(window, 0u);
@@ -255,46 +249,21 @@ TEST_F(X11Backend, MouseInputArrivesInWindowCoordinatesWithButtonsAndModifiers) 
     EXPECT_EQ(m_display->ModifierState(), native::kControlHeld);
     m_driver.Key(XK_Control_L, false);
     EXPECT_EQ(m_display->ModifierState(), 0u);
-}
 
-TEST_F(X11Backend, KeysReachTheFocusedWindowTranslatedAndTheFocusGoesBack) {
-    const Window host = m_driver.HostWindow(100, 80, 400, 300);
-    const NativeWindow window = EmbeddedWindow(host, CRect(0, 0, 200, 100));
-    // The pointer stays outside: keys follow the focus, not the pointer.
-    m_driver.MovePointer(700, 700);
+    // Keys follow the focus, not the pointer (outside our window now; their
+    // translation is tabled in test_toolkit_input.cpp); the focus goes back
+    // to whoever had it.
     const Window before = m_driver.Focus();
     m_display->TakeKeyboardFocus(window);
     EXPECT_EQ(m_driver.Focus(), window);
-
-    struct Typed {
-        KeySym keysym;
-        bool shift;
-        unsigned keyCode;
-        uint32_t character;
-    };
-    const Typed keys[] = {
-        // The translation itself is tabled in test_toolkit_input.cpp.
-        {XK_a, false, 0u, 'a'},
-        {XK_a, true, 0u, 'A'},
-        {XK_Return, false, keycode::Return, keychar::Return},
-        {XK_KP_Enter, false, keycode::KeypadEnter, keychar::KeypadEnter},
-    };
-    for (const Typed& key : keys) {
-        SCOPED_TRACE(key.keysym);
-        if (key.shift) m_driver.Key(XK_Shift_L, true);
-        m_driver.Key(key.keysym, true);
-        m_driver.Key(key.keysym, false);
-        if (key.shift) m_driver.Key(XK_Shift_L, false);
-        NativeEvent event;
-        ASSERT_TRUE(NextKey(*m_display, event, native::kKeyPress));
-        EXPECT_EQ(event.window, window);
-        EXPECT_EQ(event.keyCode, key.keyCode);
-        EXPECT_EQ(event.character, key.character);
-        EXPECT_EQ(event.modifiers, key.shift ? native::kShiftHeld : 0u);
-        ASSERT_TRUE(NextKey(*m_display, event, native::kKeyRelease));
-        EXPECT_EQ(event.keyCode, key.keyCode);
-    }
-
+    m_driver.Key(XK_Shift_L, true);
+    m_driver.Key(XK_a, true);
+    m_driver.Key(XK_a, false);
+    m_driver.Key(XK_Shift_L, false);
+    ASSERT_TRUE(NextKey(*m_display, event, native::kKeyPress));
+    EXPECT_EQ(event.window, window);
+    EXPECT_EQ(event.character, uint32_t('A'));
+    EXPECT_EQ(event.modifiers, native::kShiftHeld);
     m_display->RestoreKeyboardFocus();
     EXPECT_EQ(m_driver.Focus(), before);
 
@@ -302,47 +271,10 @@ TEST_F(X11Backend, KeysReachTheFocusedWindowTranslatedAndTheFocusGoesBack) {
     m_display->TakeKeyboardFocus(window);
     XSetInputFocus(m_driver, host, RevertToParent, CurrentTime);
     XSync(m_driver, False);
-    NativeEvent event;
     ASSERT_TRUE(NextOf(*m_display, event, {native::kFocusOut}));
     EXPECT_EQ(event.window, window);
     m_display->RestoreKeyboardFocus();
     EXPECT_EQ(m_driver.Focus(), host);
-}
-
-TEST_F(X11Backend, PresentShowsExactlyTheDamagedAreaInsideTheHostWindow) {
-    const Window host = m_driver.HostWindow(50, 40, 300, 200);
-    const NativeWindow window = EmbeddedWindow(host, CRect(10, 20, 210, 120));
-    cairo_surface_t* red = SolidSurface(200, 100, 1, 0, 0);
-    m_display->Present(window, red, CRect(0, 0, 200, 100));
-    cairo_surface_t* blue = SolidSurface(200, 100, 0, 0, 1);
-    m_display->Present(window, blue, CRect(150, 60, 400, 400));  // clipped to the surface
-    m_display->Flush();
-
-    // Read back through another connection, as a user would see it.
-    std::unique_ptr<NativeDisplay> viewer = OpenX11Display();
-    cairo_surface_t* shot = viewer->CaptureWindow(host);
-    ASSERT_TRUE(shot);
-    EXPECT_EQ(cairo_image_surface_get_width(shot), 300);
-    EXPECT_EQ(cairo_image_surface_get_height(shot), 200);
-    EXPECT_EQ(PixelAt(shot, 5, 5), 0xFFFFFFFFu);       // the host's white
-    EXPECT_EQ(PixelAt(shot, 10, 20), 0xFFFF0000u);     // our top left
-    EXPECT_EQ(PixelAt(shot, 159, 79), 0xFFFF0000u);    // just outside the damage
-    EXPECT_EQ(PixelAt(shot, 160, 80), 0xFF0000FFu);    // inside it
-    EXPECT_EQ(PixelAt(shot, 209, 119), 0xFF0000FFu);   // our bottom right
-    EXPECT_EQ(PixelAt(shot, 210, 120), 0xFFFFFFFFu);
-    cairo_surface_destroy(shot);
-
-    // A host window partly off the screen: what is off it reads as black.
-    XMoveWindow(m_driver, host, -100, 0);
-    XSync(m_driver, False);
-    shot = viewer->CaptureWindow(host);
-    ASSERT_TRUE(shot);
-    EXPECT_EQ(PixelAt(shot, 50, 50), 0xFF000000u);
-    EXPECT_EQ(PixelAt(shot, 120, 50), 0xFFFF0000u);
-    cairo_surface_destroy(shot);
-
-    cairo_surface_destroy(red);
-    cairo_surface_destroy(blue);
 }
 
 TEST_F(X11Backend, PopupsAndDialogsCarryWhatWindowManagersNeed) {
@@ -414,18 +346,6 @@ TEST_F(X11Backend, PopupsAndDialogsCarryWhatWindowManagersNeed) {
     EXPECT_EQ(event.window, editor);
 }
 
-TEST_F(X11Backend, WakeEndsAWaitFromAnotherThread) {
-    NativeEvent event;
-    m_display->Wake();
-    EXPECT_FALSE(m_display->NextEvent(event, 600000));
-    std::thread waker([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        m_display->Wake();
-    });
-    EXPECT_FALSE(m_display->NextEvent(event, 600000));
-    waker.join();
-}
-
 int foreignErrors = 0;
 int CountForeignError(Display*, XErrorEvent*) {
     ++foreignErrors;
@@ -436,7 +356,7 @@ TEST(X11Errors, OtherConnectionsKeepTheirHandlerAndOursNeverEndTheProcess) {
     Driver driver;
     SKIP_WITHOUT_X11(driver);
     // A window that no longer exists: every request on it is an error.
-    const Window gone = XCreateSimpleWindow(driver, driver.Root(), 0, 0, 10, 10, 0, 0, 0);
+    const Window gone = XCreateSimpleWindow(driver, XDefaultRootWindow(driver), 0, 0, 10, 10, 0, 0, 0);
     XDestroyWindow(driver, gone);
     XSync(driver, False);
 
@@ -483,11 +403,16 @@ TEST(X11Errors, LosingTheServerLeavesABrokenConnectionNotAnEndedProcess) {
 }
 
 // Screens of other depths: what is presented is repacked for the visual and
-// reads back as the nearest colour the visual has.
+// reads back as the nearest colour the visual has; a present shows exactly
+// its damaged area, clipped to the surface.
 struct OtherVisual {
     const char* screen;
     uint32_t greyReadBack;  // of 0x808080
 };
+
+// Printed as its screen, which names the case in ctest (not its bytes,
+// which differ from build to build).
+void PrintTo(const OtherVisual& visual, std::ostream* out) { *out << visual.screen; }
 
 class X11Pixels : public ::testing::TestWithParam<OtherVisual> {};
 
@@ -500,20 +425,21 @@ TEST_P(X11Pixels, PresentRepacksForTheVisual) {
     const NativeWindow window = display->CreatePopupWindow(CRect(10, 10, 70, 50));
     display->ShowWindow(window, true);
     cairo_surface_t* surface = SolidSurface(60, 40, 0, 1, 0);
+    display->Present(window, surface, CRect(0, 0, 60, 40));
     cairo_t* cr = cairo_create(surface);
     cairo_set_source_rgb(cr, 1, 0, 1);
-    cairo_rectangle(cr, 30, 0, 20, 40);
-    cairo_fill(cr);
+    cairo_paint(cr);
     cairo_set_source_rgb(cr, 128 / 255.0, 128 / 255.0, 128 / 255.0);
     cairo_rectangle(cr, 50, 0, 10, 40);
     cairo_fill(cr);
     cairo_destroy(cr);
-    display->Present(window, surface, CRect(0, 0, 60, 40));
+    display->Present(window, surface, CRect(30, 10, 400, 400));
     cairo_surface_t* shot = display->CaptureWindow(window);
     ASSERT_TRUE(shot);
     EXPECT_EQ(PixelAt(shot, 0, 0), 0xFF00FF00u);
-    EXPECT_EQ(PixelAt(shot, 29, 39), 0xFF00FF00u);
-    EXPECT_EQ(PixelAt(shot, 30, 0), 0xFFFF00FFu);
+    EXPECT_EQ(PixelAt(shot, 29, 39), 0xFF00FF00u);  // left of the damage
+    EXPECT_EQ(PixelAt(shot, 30, 9), 0xFF00FF00u);   // above it
+    EXPECT_EQ(PixelAt(shot, 30, 10), 0xFFFF00FFu);
     EXPECT_EQ(PixelAt(shot, 59, 39), GetParam().greyReadBack);
     cairo_surface_destroy(shot);
     cairo_surface_destroy(surface);

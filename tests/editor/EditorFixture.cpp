@@ -35,12 +35,6 @@ cairo_surface_t* EditorFixture::Capture() {
     return m_viewer->CaptureWindow(m_hostWindow);
 }
 
-void EditorFixture::WritePng(const std::string& name) {
-    cairo_surface_t* picture = Capture();
-    cairo_surface_write_to_png(picture, (std::string(TAPDELAY_BINARY_DIR) + name).c_str());
-    cairo_surface_destroy(picture);
-}
-
 void EditorFixture::Click(int x, int y) {
     CPoint p = Screen(x, y);
     m_env->Click(p.x, p.y);
@@ -53,18 +47,4 @@ uint32_t PixelAt(cairo_surface_t* surface, int x, int y) {
     uint32_t pixel;
     std::memcpy(&pixel, row + 4 * x, 4);
     return pixel & 0xFFFFFF;
-}
-
-CRect DifferenceBounds(cairo_surface_t* a, cairo_surface_t* b, const CRect& ignore) {
-    const int width = cairo_image_surface_get_width(a), height = cairo_image_surface_get_height(a);
-    CRect bounds(width, height, 0, 0);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < width; x++)
-            if (!ignore.PtInRect(CPoint(x, y)) && PixelAt(a, x, y) != PixelAt(b, x, y)) {
-                bounds.left = std::min<int32_t>(bounds.left, x);
-                bounds.top = std::min<int32_t>(bounds.top, y);
-                bounds.right = std::max<int32_t>(bounds.right, x + 1);
-                bounds.bottom = std::max<int32_t>(bounds.bottom, y + 1);
-            }
-    return bounds.left < bounds.right ? bounds : CRect();
 }

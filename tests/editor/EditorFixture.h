@@ -35,7 +35,6 @@ public:
     void Idle() { m_editor->idle(); }
     // The host window's pixels now; the caller destroys the surface.
     cairo_surface_t* Capture();
-    void WritePng(const std::string& name);  // into the build folder
     // Screen point of a client point (logical) of the editor window.
     CPoint Screen(int x, int y) const {
         const double s = m_editor->GetScale();
@@ -56,6 +55,3 @@ private:
 
 // Pixel of an RGB24 surface as 0xRRGGBB.
 uint32_t PixelAt(cairo_surface_t* surface, int x, int y);
-// The bounding box of the pixels that differ between two equal-sized
-// captures, outside ignore.
-CRect DifferenceBounds(cairo_surface_t* a, cairo_surface_t* b, const CRect& ignore = CRect());
