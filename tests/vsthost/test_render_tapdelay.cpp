@@ -1,6 +1,7 @@
 // Renders through TapDelay.so, checked against expectations computed here
-// from the plug-in's documented behaviour: the dry path at a balance of 0,
-// and a single tap delaying an impulse by a whole number of samples.
+// from the plug-in's documented behaviour: a single tap delaying an impulse
+// by a whole number of samples, in mono and stereo, single and double
+// precision (the dry path's gains are checked on the plug-in itself).
 #include "tools/vsthost/BankFile.h"
 #include "tools/vsthost/PluginHost.h"
 #include "tools/vsthost/PluginSetup.h"
@@ -10,9 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
-#include <unistd.h>
+
 #include "tests/support/TempFolder.h"
 
 using namespace vsthost;
@@ -23,7 +23,6 @@ namespace {
 // table runs linearly from 0.001 to 2.0, shown and applied through dB at
 // 6 dB per doubling, which gives the same linear value back.
 double outputGain(float normalised) { return 0.001 + (2.0 - 0.001) * normalised; }
-double inputGain(float normalised) { return 0.001 + (1.0 - 0.001) * normalised; }
 
 // Delay in samples for a tap time given as normalised value: the time is
 // 4000 ms times the value (in float), the line length the truncation of
@@ -80,65 +79,39 @@ AudioBuffer renderCommand(const TempFolder& dir, const std::string& options) {
     return readAudioFile(dir.file("out.wav"));
 }
 
-// Index and value of the largest magnitude.
-std::pair<size_t, float> loudest(const std::vector<float>& x) {
-    size_t at = 0;
-    for (size_t i = 1; i < x.size(); ++i)
-        if (std::fabs(x[i]) > std::fabs(x[at]))
-            at = i;
-    return {at, x[at]};
-}
-
 }  // namespace
-
-TEST(TapDelayRender, BalanceZeroReturnsTheGainedInput) {
-    // Stereo in single and double precision, and a mono file feeding both channels.
-    for (const auto& [channels, doublePrecision] : {std::pair{2, false}, {2, true}, {1, false}}) {
-        SCOPED_TRACE(std::to_string(channels) + (doublePrecision ? " channels, double" : " channels, float"));
-        const AudioBuffer input = makeNoise(48000, channels, 4800, 0.5f, 7);
-        AppliedSetup applied;
-        const AudioBuffer out = renderThrough(
-            tapDelaySetup({"ON/OFF=ON", "Balance=0", "Input=0.75", "Output=0.3", "FeedBack=0.5",
-                           "FeedBackON/OFF=ON", "DelayON/OFF1=ON"}),
-            input, &applied, doublePrecision);
-        const double gain =
-            inputGain(normalisedOf(applied, "Input")) * outputGain(normalisedOf(applied, "Output"));
-        ASSERT_EQ(out.channelCount(), 2u);
-        ASSERT_EQ(out.frames(), input.frames());
-        for (size_t c = 0; c < 2; ++c)
-            for (size_t i = 0; i < input.frames(); ++i)
-                ASSERT_NEAR(out.channels[c][i], input.channels[c % channels][i] * gain, 2e-6)
-                    << "channel " << c << " frame " << i;
-    }
-}
 
 TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
     struct Case {
         double rate;
         std::string time;  // as a user writes it
         long expected;     // samples, from the rule written out by hand
+        int channels;      // a mono file feeds both inputs
+        bool doublePrecision;
     };
-    const Case cases[] = {{48000, "DelayTime0=250ms", 12000}, {44100, "DelayTime0=10ms", 441},
-                          {44100, "DelayTime0:=333.3", 14698}, {96000, "DelayTime0=0.0625", 24000},
-                          {22050, "DelayTime0=1.5s", 33075}};
+    const Case cases[] = {{48000, "DelayTime0=250ms", 12000, 2, false}, {44100, "DelayTime0=10ms", 441, 1, false},
+                          {44100, "DelayTime0:=333.3", 14698, 2, true}, {96000, "DelayTime0=0.0625", 24000, 1, true},
+                          {22050, "DelayTime0=1.5s", 33075, 2, false}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.time + " at " + std::to_string((int)c.rate) + " Hz");
+        SCOPED_TRACE(c.time + " at " + std::to_string((int)c.rate) + " Hz, " + std::to_string(c.channels) +
+                     (c.doublePrecision ? " channels, double" : " channels, float"));
         const size_t at = 100;
-        const AudioBuffer impulse = makeImpulse(c.rate, 2, (size_t)c.expected + 2000, at, 1.0f);
+        const AudioBuffer impulse = makeImpulse(c.rate, c.channels, (size_t)c.expected + 2000, at, 1.0f);
         AppliedSetup applied;
-        const AudioBuffer out = renderThrough(tapDelaySetup(singleTap(c.time)), impulse, &applied);
+        const AudioBuffer out =
+            renderThrough(tapDelaySetup(singleTap(c.time)), impulse, &applied, c.doublePrecision);
         const float time = normalisedOf(applied, "DelayTime0");
         ASSERT_EQ(tapDelaySamples(time, c.rate), c.expected);
 
         const double gain = outputGain(normalisedOf(applied, "Output")) *
                             outputGain(normalisedOf(applied, "DelayGain0"));
-        for (size_t ch = 0; ch < 2; ++ch) {
-            const auto [where, value] = loudest(out.channels[ch]);
-            EXPECT_EQ((long)where, (long)at + c.expected) << "channel " << ch;
-            EXPECT_NEAR(value, gain, 1e-5) << "channel " << ch;
+        ASSERT_EQ(out.channelCount(), 2u);
+        ASSERT_EQ(out.frames(), impulse.frames());
+        const size_t echo = at + c.expected;  // and silence everywhere else
+        for (size_t ch = 0; ch < 2; ++ch)
             for (size_t i = 0; i < out.frames(); ++i)
-                ASSERT_TRUE(i == where || out.channels[ch][i] == 0.0f) << "channel " << ch << " frame " << i;
-        }
+                ASSERT_NEAR(out.channels[ch][i], i == echo ? gain : 0.0, i == echo ? 1e-5 : 0.0)
+                    << "channel " << ch << " frame " << i;
     }
 }
 
@@ -206,10 +179,9 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
         // but the time info carries the right tempo and wins.
         {"--tempo-at-scale 1000", 612.2},
         // Without time info the stored time stays: audioMasterTempoAt is a
-        // host call the audio thread does not make.
+        // host call the audio thread does not make (the plug-in's own tests
+        // go through the other answers hosts give).
         {"--tempo-at-scale 10000 --no-time-info", 500.0},
-        {"--tempo-at-scale 1000 --no-time-info", 500.0},
-        {"--tempo-at-scale 0 --no-time-info", 500.0},
     };
     TempFolder dir;
     const double rate = 48000;
