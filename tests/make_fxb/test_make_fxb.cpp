@@ -22,12 +22,6 @@ PresetParseResult Parse(const std::string& text) {
     return ParsePresets(stream, "bad.txt");
 }
 
-// Record slots of the per-tap groups: FilterON/OFF, FilterGain and FilterQ
-// are stored in another order than their parameter indices.
-enum Slot {
-    kTime = 3, kGain = 9, kPan = 15, kTapOn = 21, kCutoff = 27, kType = 33, kFilterOn = 39, kFilterGain = 45, kQ = 51
-};
-
 // Linear gain from the plug-in's dB (6 dB per doubling), normalised over 0.001..maximum.
 double GainNormalised(double dB, double maximum) { return (std::pow(2.0, dB / 6.0) - 0.001) / (maximum - 0.001); }
 
@@ -52,26 +46,20 @@ TEST(PresetNames, EveryNameThePluginReportsIsKnown) {
     for (const char* unknown : {"DelayTime6", "delaytime0", "DelayTime", ""}) EXPECT_EQ(ParamIndexByName(unknown), -1);
 }
 
+// What the factory presets do not reach (the plug-in's displays of those
+// check every other kind of value in its record slot): the main switch,
+// Input, and the ends of the ranges.
 TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
     struct Case {
         const char* line;
-        int slot;
-        double normalised, tolerance;  // 0: exact
+        int slot;  // ON/OFF, Output, Input, then the taps' times from 3, gains from 9, switches from 21
+        double normalised;
     };
     const Case cases[] = {
-        {"ON/OFF = OFF", 0, 0.0, 0},                                {"Output = 6 dB", 1, 1.0, 1e-6},
-        {"Input = -12 dB", 2, GainNormalised(-12.0, 1.0), 1e-6},
-        {"DelayTime0 = 110 ms", kTime + 0, 110.0 / 4000.0, 1e-7},   {"DelayTime5 = 4000 ms", kTime + 5, 1.0, 1e-7},
-        {"DelayGain1 = -3 dB", kGain + 1, GainNormalised(-3.0, 2.0), 1e-6},
-        {"DelayGain2 = -59.8 dB", kGain + 2, 0.0, 1e-7},  // the lowest text lands on the range's minimum
-        {"DelayPan3 = 20", kPan + 3, 0.2, 1e-7},                    {"DelayON/OFF4 = ON", kTapOn + 4, 1.0, 0},
-        {"DelayON/OFF0 = OFF", kTapOn + 0, 0.0, 0},
-        {"FilterCutoff1 = 2500 Hz", kCutoff + 1, (2500.0 - 20.0) / 19980.0, 1e-7},
-        {"FilterType2 = H-SH", kType + 2, 1.0, 1e-7},               {"FilterType3 = PK", kType + 3, 0.5, 1e-7},
-        {"FilterGain2 = -4 dB", kFilterGain + 2, 8.0 / 24.0, 1e-7}, {"FilterQ1 = 0.5", kQ + 1, 0.2 / 9.7, 1e-7},
-        {"FilterON/OFF3 = ON", kFilterOn + 3, 1.0, 0},             {"FeedBackON/OFF = ON", 57, 1.0, 0},
-        {"FeedBack = 45 %", 58, 0.45, 1e-7},                       {"Balance = 35.5 %", 59, 0.355, 1e-7},
-        {"TempoSync = ON", 60, 1.0, 0},                            {"SyncNote = 16th", 61, 2.0 / 3.0, 1e-7},
+        {"ON/OFF = OFF", 0, 0.0}, {"Output = 6 dB", 1, 1.0}, {"Input = -12 dB", 2, GainNormalised(-12.0, 1.0)},
+        {"DelayTime5 = 4000 ms", 3 + 5, 1.0},
+        {"DelayGain2 = -59.8 dB", 9 + 2, 0.0},  // the lowest text lands on the range's minimum
+        {"DelayON/OFF0 = OFF", 21, 0.0},
     };
     std::string text = "[Everything]\n";
     for (const Case& c : cases) text += std::string(c.line) + "\n";
@@ -79,14 +67,12 @@ TEST(PresetValues, DisplayUnitsBecomeNormalisedValuesInRecordOrder) {
     ASSERT_TRUE(result.ok()) << result.errors[0];
     ASSERT_EQ(result.presets.size(), 1u);
     EXPECT_STREQ(result.presets[0].record.name, "Everything");
-    for (const Case& c : cases) {
-        EXPECT_NEAR(result.presets[0].record.values[c.slot], c.normalised, c.tolerance) << c.line;
-    }
+    for (const Case& c : cases) EXPECT_NEAR(result.presets[0].record.values[c.slot], c.normalised, 1e-6) << c.line;
 }
 
 TEST(PresetErrors, EachBadLineIsReportedWithFileAndLine) {
     const std::pair<const char*, const char*> cases[] = {  // the line, and what the message says
-        {"DelayTme0 = 110 ms", "unknown parameter \"DelayTme0\""}, {"DelayTime6 = 110 ms", "unknown parameter"},
+        {"DelayTme0 = 110 ms", "unknown parameter \"DelayTme0\""},
         {"DelayTime0 = 4000.1 ms", "out of range"},  {"DelayTime0 = -1 ms", "out of range"},
         {"DelayGain0 = 6.1 dB", "out of range"},     {"DelayGain0 = -60 dB", "out of range"},
         {"Input = 0.1 dB", "out of range"},          {"DelayPan0 = 101", "out of range"},
@@ -113,16 +99,13 @@ TEST(PresetErrors, EachBadLineIsReportedWithFileAndLine) {
 }
 
 TEST(PresetErrors, StructuralMistakesAreCaught) {
+    std::string tooMany;
+    for (int i = 0; i < 65; i++) tooMany += "[Preset " + std::to_string(i) + "]  # comment\n";
     const std::pair<std::string, std::string> cases[] = {
         {"DelayTime0 = 110 ms\n[Late]\n", "bad.txt:1: \"DelayTime0\" stands before the first \"[Preset Name]\""},
         {"[A]\nBalance = 10 %\n\nBalance = 20 %\n", "bad.txt:4: Balance is already set on line 2"},
         {"# nothing but a comment\n", "bad.txt:1: no presets in the file"},
-        {[] {
-             std::string text;
-             for (int i = 0; i < 65; i++) text += "[Preset " + std::to_string(i) + "]  # comment\n";
-             return text;
-         }(),
-         "bad.txt:65: more than 64 presets"},
+        {tooMany, "bad.txt:65: more than 64 presets"},
     };
     for (const auto& c : cases) {
         PresetParseResult result = Parse(c.first);
