@@ -121,15 +121,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
     case effGetProgramName:
         strcpy(text, f->programs[f->current].name);
         return 0;
-    case effSetProgramName:
-        strncpy(f->programs[f->current].name, text, 23);
-        f->programs[f->current].name[23] = 0;
-        return 0;
-    case effGetProgramNameIndexed:
-        if (index < 0 || index >= kPrograms)
-            return 0;
-        strcpy(text, f->programs[index].name);
-        return 1;
     case effGetChunk: {
         const bool preset = index != 0;
         const uint8_t* from = reinterpret_cast<const uint8_t*>(preset ? &f->programs[f->current]
@@ -147,8 +138,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
             memcpy(preset ? (void*)&f->programs[f->current] : (void*)f->programs, ptr, size);
         return 1;
     }
-    case effGetVstVersion:
-        return 2400;
     default:
         return 0;
     }

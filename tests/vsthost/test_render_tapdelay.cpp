@@ -49,18 +49,6 @@ std::vector<std::string> singleTap(const std::string& time) {
     return p;
 }
 
-AudioBuffer renderThrough(const PluginSetup& setup, const AudioBuffer& input,
-                          AppliedSetup* applied = nullptr, bool doublePrecision = false) {
-    PluginSetup s = setup;
-    s.doublePrecision = doublePrecision;
-    auto host = startPlugin(s, input.sampleRate, applied);
-    RenderOptions options;
-    options.blockSize = s.blockSize;
-    options.doublePrecision = doublePrecision;
-    options.tailSeconds = 0.0;
-    return render(*host, input, options);
-}
-
 float normalisedOf(const AppliedSetup& applied, const std::string& name) {
     for (const AppliedParam& p : applied.params)
         if (p.name == name)
@@ -97,9 +85,14 @@ TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
                      (c.doublePrecision ? " channels, double" : " channels, float"));
         const size_t at = 100;
         const AudioBuffer impulse = makeImpulse(c.rate, c.channels, (size_t)c.expected + 2000, at, 1.0f);
+        PluginSetup setup = tapDelaySetup(singleTap(c.time));
+        setup.doublePrecision = c.doublePrecision;
         AppliedSetup applied;
-        const AudioBuffer out =
-            renderThrough(tapDelaySetup(singleTap(c.time)), impulse, &applied, c.doublePrecision);
+        RenderOptions options;
+        options.blockSize = setup.blockSize;
+        options.doublePrecision = c.doublePrecision;
+        options.tailSeconds = 0.0;
+        const AudioBuffer out = render(*startPlugin(setup, c.rate, &applied), impulse, options);
         const float time = normalisedOf(applied, "DelayTime0");
         ASSERT_EQ(tapDelaySamples(time, c.rate), c.expected);
 
