@@ -225,18 +225,14 @@ TEST(Lv2Host, TimePositionTempoMovesTheSyncedTaps) {
     ASSERT_TRUE(instance.instance);
     instance.SetControl("TempoSync", 1.0f);
     instance.SetControl("SyncNote", 0.0f);
-    struct Case { float bpm; const char* taps[kNumTaps]; };
-    const Case cases[] = {
-        {100.0f, {"600.0", "1200.0", "1800.0", "2400.0", "3000.0", "3600.0"}},
-        {150.0f, {"400.0", "800.0", "1200.0", "1600.0", "2000.0", "2400.0"}},
-        {120.0f, {"500.0", "1000.0", "1500.0", "2000.0", "2500.0", "3000.0"}},
-    };
-    for (const Case& c : cases) {
-        instance.SendTempo(c.bpm);
+    // Tap n waits n + 1 quarter notes.
+    for (auto [bpm, quarter] : {std::pair{100.0f, 600}, {150.0f, 400}, {120.0f, 500}}) {
+        instance.SendTempo(bpm);
         instance.Run();
         instance.Run();  // the tempo is kept between positions
         for (int tap = 0; tap < kNumTaps; tap++)
-            EXPECT_EQ(instance.Display(kParamDelayTime + tap), c.taps[tap]) << c.bpm << " BPM, tap " << tap;
+            EXPECT_EQ(instance.Display(kParamDelayTime + tap), std::to_string((tap + 1) * quarter) + ".0")
+                << bpm << " BPM, tap " << tap;
     }
     // An eighth note halves them.
     instance.SetControl("SyncNote", 1.0f);
@@ -268,7 +264,7 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
         Window parent;
         int width = 0, height = 0;
         std::map<uint32_t, float> written;
-    } state{display, XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 10, 10, 0, 0, 0)};
+    } state{display, XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 10, 10, 0, 0, 0), 0, 0, {}};
     XMapWindow(display, state.parent);
     XSync(display, False);
     LV2UI_Resize resize{&state, [](LV2UI_Feature_Handle h, int width, int height) {
