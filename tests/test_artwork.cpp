@@ -51,17 +51,13 @@ bool SameRect(cairo_surface_t* a, int ax, int ay, cairo_surface_t* b, int bx, in
 }
 
 TEST(Artwork, EveryPictureHasItsSizeAtEachScaleAndIsOpaque) {
-    const struct {
-        const char* suffix;
-        double scale;
-    } kScales[] = {{"", 1.0}, {"@1.5x", 1.5}, {"@2x", 2.0}};
-    for (const auto& scale : kScales)
+    for (auto [suffix, scale] : {std::pair{"", 1.0}, {"@1.5x", 1.5}, {"@2x", 2.0}})
         for (const Size& size : kSizes) {
-            SCOPED_TRACE(std::to_string(size.id) + scale.suffix);
-            Surface picture = Load(size.id, scale.suffix);
+            SCOPED_TRACE(std::to_string(size.id) + suffix);
+            Surface picture = Load(size.id, suffix);
             ASSERT_EQ(cairo_surface_status(picture.get()), CAIRO_STATUS_SUCCESS);
-            const int width = static_cast<int>(std::lround(size.width * scale.scale));
-            const int height = static_cast<int>(std::lround(size.height * scale.scale));
+            const int width = static_cast<int>(std::lround(size.width * scale));
+            const int height = static_cast<int>(std::lround(size.height * scale));
             EXPECT_EQ(cairo_image_surface_get_width(picture.get()), width);
             EXPECT_EQ(cairo_image_surface_get_height(picture.get()), height);
             // The editor copies raw pixels, so a transparent pixel would show as a hole.
