@@ -24,13 +24,6 @@ namespace {
 // 6 dB per doubling, which gives the same linear value back.
 double outputGain(float normalised) { return 0.001 + (2.0 - 0.001) * normalised; }
 
-// Delay in samples for a tap time given as normalised value: the time is
-// 4000 ms times the value (in float), the line length the truncation of
-// rate times time (multiplied in float) over 1000.
-long tapDelaySamples(float normalisedTime, double rate) {
-    return (long)((double)((float)rate * (4000.0f * normalisedTime)) / 1000.0);
-}
-
 PluginSetup tapDelaySetup(std::vector<std::string> params) {
     PluginSetup setup;
     setup.pluginPath = TAPDELAY_PLUGIN_PATH;
@@ -73,7 +66,7 @@ TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
     struct Case {
         double rate;
         std::string time;  // as a user writes it
-        long expected;     // samples, from the rule written out by hand
+        long expected;     // samples: rate x time / 1000 truncated, worked out by hand
         int channels;      // a mono file feeds both inputs
         bool doublePrecision;
     };
@@ -93,9 +86,6 @@ TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
         options.doublePrecision = c.doublePrecision;
         options.tailSeconds = 0.0;
         const AudioBuffer out = render(*startPlugin(setup, c.rate, &applied), impulse, options);
-        const float time = normalisedOf(applied, "DelayTime0");
-        ASSERT_EQ(tapDelaySamples(time, c.rate), c.expected);
-
         const double gain = outputGain(normalisedOf(applied, "Output")) *
                             outputGain(normalisedOf(applied, "DelayGain0"));
         ASSERT_EQ(out.channelCount(), 2u);
@@ -143,12 +133,10 @@ TEST(TapDelayRender, ProgramsByNameAndBankFiles) {
     auto other = startPlugin(fromFile, 48000, &applied);
     EXPECT_EQ(other->getParam(59), 0.125f);
     EXPECT_EQ(other->getChunk(true), host->getChunk(true));
-    const int loadedInto = other->currentProgram();
-    const int neighbour = loadedInto == 0 ? 1 : 0;
-    auto plain = startPlugin(tapDelaySetup({}), 48000);
-    other->setProgram(neighbour);
-    plain->setProgram(neighbour);
-    EXPECT_EQ(other->getChunk(true), plain->getChunk(true));
+    ASSERT_EQ(other->currentProgram(), 0);
+    other->setProgram(1);  // untouched in both
+    host->setProgram(1);
+    EXPECT_EQ(other->getChunk(true), host->getChunk(true));
 
     // Files for another plug-in are refused.
     PatchFile foreign = bank;
@@ -162,11 +150,7 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
     // "Quarter Note Echo" follows the tempo with tap 0 alone, one quarter
     // note late; its stored time is the one at 120 BPM (500 ms). At 98 BPM a
     // quarter is 612.24 ms: 29387 samples at 48 kHz, heard at 612.2 ms.
-    struct Case {
-        std::string hostOptions;
-        double firstEchoMs;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, double> cases[] = {  // vsthost's host options, the first echo in ms
         {"", 612.2},
         // Ardour 7's scale: 98 BPM reads as 9.8 BPM from audioMasterTempoAt,
         // but the time info carries the right tempo and wins.
@@ -179,10 +163,10 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
     TempFolder dir;
     const double rate = 48000;
     writeAudioFile(dir.file("in.wav"), makeImpulse(rate, 1, 36000, 0, 1.0f));
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.hostOptions.empty() ? "documented answers" : c.hostOptions);
+    for (const auto& [hostOptions, firstEchoMs] : cases) {
+        SCOPED_TRACE(hostOptions.empty() ? "documented answers" : hostOptions);
         const AudioBuffer out =
-            renderCommand(dir, "--program 'Quarter Note Echo' --tempo 98 --tail 0 -b 100 " + c.hostOptions);
+            renderCommand(dir, "--program 'Quarter Note Echo' --tempo 98 --tail 0 -b 100 " + hostOptions);
         ASSERT_EQ(out.channelCount(), 2u);
         EXPECT_EQ(out.frames(), 36000u);
         // The dry impulse at 0, then silence until the first echo.
@@ -190,6 +174,6 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
         while (first < out.frames() && out.channels[0][first] == 0.0f)
             ++first;
         ASSERT_LT(first, out.frames());
-        EXPECT_NEAR(first * 1000.0 / rate, c.firstEchoMs, 0.05);
+        EXPECT_NEAR(first * 1000.0 / rate, firstEchoMs, 0.05);
     }
 }
