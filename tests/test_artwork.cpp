@@ -29,12 +29,10 @@ const Size kSizes[] = {
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-Surface Load(const std::string& folder, int id, const char* suffix = "") {
-    const std::string path = folder + std::to_string(id) + suffix + ".png";
+Surface Load(int id, const char* suffix = "") {
+    const std::string path = TAPDELAY_PLUGIN_DIR + std::to_string(id) + suffix + ".png";
     return Surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy);
 }
-
-Surface Load1x(int id) { return Load(TAPDELAY_PLUGIN_DIR, id); }
 
 uint32_t Pixel(cairo_surface_t* surface, int x, int y) {
     const unsigned char* data = cairo_image_surface_get_data(surface);
@@ -53,17 +51,13 @@ bool SameRect(cairo_surface_t* a, int ax, int ay, cairo_surface_t* b, int bx, in
 }
 
 TEST(Artwork, EveryPictureHasItsSizeAtEachScaleAndIsOpaque) {
-    const struct {
-        const char* suffix;
-        double scale;
-    } kScales[] = {{"", 1.0}, {"@1.5x", 1.5}, {"@2x", 2.0}};
-    for (const auto& scale : kScales)
+    for (auto [suffix, scale] : {std::pair{"", 1.0}, {"@1.5x", 1.5}, {"@2x", 2.0}})
         for (const Size& size : kSizes) {
-            SCOPED_TRACE(std::to_string(size.id) + scale.suffix);
-            Surface picture = Load(TAPDELAY_PLUGIN_DIR, size.id, scale.suffix);
+            SCOPED_TRACE(std::to_string(size.id) + suffix);
+            Surface picture = Load(size.id, suffix);
             ASSERT_EQ(cairo_surface_status(picture.get()), CAIRO_STATUS_SUCCESS);
-            const int width = static_cast<int>(std::lround(size.width * scale.scale));
-            const int height = static_cast<int>(std::lround(size.height * scale.scale));
+            const int width = static_cast<int>(std::lround(size.width * scale));
+            const int height = static_cast<int>(std::lround(size.height * scale));
             EXPECT_EQ(cairo_image_surface_get_width(picture.get()), width);
             EXPECT_EQ(cairo_image_surface_get_height(picture.get()), height);
             // The editor copies raw pixels, so a transparent pixel would show as a hole.
@@ -78,7 +72,7 @@ TEST(Artwork, EveryPictureHasItsSizeAtEachScaleAndIsOpaque) {
 // down: rows 0 and 133..135 must match so that -38 dB looks unlit, and every
 // whole dB from -37 to +6 must light a row of its own.
 TEST(Artwork, MeterLightsOneStepPerDecibelBetweenIdenticalFrameRows) {
-    Surface meter = Load1x(3008);
+    Surface meter = Load(3008);
     for (int row : {0, 133, 134, 135}) EXPECT_TRUE(SameRect(meter.get(), 0, row, meter.get(), 8, row, 8, 1)) << row;
     for (int dB = -37; dB <= 6; dB++) {
         const int row = 19 - 3 * dB;
@@ -87,7 +81,7 @@ TEST(Artwork, MeterLightsOneStepPerDecibelBetweenIdenticalFrameRows) {
 }
 
 TEST(Artwork, KnobFramesAllDifferAndBlendWithTheBackground) {
-    Surface knob = Load1x(3004), background = Load1x(3005);
+    Surface knob = Load(3004), background = Load(3005);
     for (int a = 0; a < 61; a++)
         for (int b = a + 1; b < 61; b++)
             EXPECT_FALSE(SameRect(knob.get(), 0, 34 * a, knob.get(), 0, 34 * b, 34, 34)) << a << " " << b;
@@ -105,7 +99,7 @@ TEST(Artwork, KnobFramesAllDifferAndBlendWithTheBackground) {
 // Black 9-point value text needs a pale window: every value box is light
 // over the rows where the text's letters fall (its baseline is 9 rows down).
 TEST(Artwork, BackgroundShowsPaleWindowsBehindEveryValueText) {
-    Surface background = Load1x(3005);
+    Surface background = Load(3005);
     struct Box {
         int left, top, right, bottom;
     };
@@ -127,7 +121,7 @@ TEST(Artwork, BackgroundShowsPaleWindowsBehindEveryValueText) {
 // On and off pictures differ, and so do their released and pressed frames.
 TEST(Artwork, SwitchesShowTheirStateAndTheirPress) {
     for (auto [off, on] : {std::pair{3010, 3009}, {3018, 3017}, {3002, 3003}, {3020, 3019}, {3012, 3011}}) {
-        Surface offPicture = Load1x(off), onPicture = Load1x(on);
+        Surface offPicture = Load(off), onPicture = Load(on);
         const int w = cairo_image_surface_get_width(offPicture.get());
         const int h = cairo_image_surface_get_height(offPicture.get()) / 2;
         for (int frame = 0; frame < 2; frame++)

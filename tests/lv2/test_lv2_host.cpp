@@ -30,25 +30,8 @@ using namespace PortUnits;
 
 namespace {
 
-class UridMap {
-public:
-    LV2_URID Map(const char* uri) {
-        for (size_t i = 0; i < uris.size(); i++)
-            if (uris[i] == uri) return (LV2_URID)(i + 1);
-        uris.push_back(uri);
-        return (LV2_URID)uris.size();
-    }
-    const char* Unmap(LV2_URID urid) { return urid && urid <= uris.size() ? uris[urid - 1].c_str() : nullptr; }
-
-    LV2_URID_Map map{this, [](LV2_URID_Map_Handle h, const char* u) { return static_cast<UridMap*>(h)->Map(u); }};
-    LV2_URID_Unmap unmap{this, [](LV2_URID_Unmap_Handle h, LV2_URID u) { return static_cast<UridMap*>(h)->Unmap(u); }};
-
-private:
-    std::vector<std::string> uris;
-};
-
-// One world with the build's bundle, and HOME in a fresh folder so that no
-// user bank is read.
+// One world with the build's bundle, URIDs numbered in the order asked, and
+// HOME in a fresh folder so that no user bank is read.
 class Lv2Host {
 public:
     Lv2Host() {
@@ -63,8 +46,26 @@ public:
     }
     ~Lv2Host() { lilv_world_free(world); }
 
+    LV2_URID Map(const char* uri) {
+        for (size_t i = 0; i < uris.size(); i++)
+            if (uris[i] == uri) return (LV2_URID)(i + 1);
+        uris.push_back(uri);
+        return (LV2_URID)uris.size();
+    }
+    uint32_t PortIndex(const char* symbol) {
+        LilvNode* node = lilv_new_string(world, symbol);
+        const LilvPort* port = lilv_plugin_get_port_by_symbol(plugin, node);
+        lilv_node_free(node);
+        return port ? lilv_port_get_index(plugin, port) : UINT32_MAX;
+    }
+
     TempFolder home;
-    UridMap urids;
+    std::vector<std::string> uris;
+    LV2_URID_Map map{this, [](LV2_URID_Map_Handle h, const char* uri) { return static_cast<Lv2Host*>(h)->Map(uri); }};
+    LV2_URID_Unmap unmap{this, [](LV2_URID_Unmap_Handle h, LV2_URID urid) -> const char* {
+                             const auto& uris = static_cast<Lv2Host*>(h)->uris;
+                             return urid && urid <= uris.size() ? uris[urid - 1].c_str() : nullptr;
+                         }};
     LilvWorld* world = nullptr;
     const LilvPlugin* plugin = nullptr;
 };
@@ -73,12 +74,9 @@ public:
 class Instance {
 public:
     explicit Instance(Lv2Host& host) : host(host) {
-        features[0] = {LV2_URID__map, &host.urids.map};
-        features[1] = {LV2_URID__unmap, &host.urids.unmap};
         instance = lilv_plugin_instantiate(host.plugin, 44100.0, featureList);
         if (!instance) return;
-        std::vector<float> minimum(kNumPorts), maximum(kNumPorts);
-        lilv_plugin_get_port_ranges_float(host.plugin, minimum.data(), maximum.data(), controls);
+        lilv_plugin_get_port_ranges_float(host.plugin, nullptr, nullptr, controls);
         for (int port = 0; port < kNumPorts; port++) {
             void* data = port < 4 ? (void*)audio[port] : port == kTimeIn ? (void*)timeBuffer : (void*)&controls[port];
             lilv_instance_connect_port(instance, (uint32_t)port, data);
@@ -97,22 +95,20 @@ public:
         ClearTime();
     }
     void SetControl(const char* symbol, float value) {
-        LilvNode* node = lilv_new_string(host.world, symbol);
-        const LilvPort* port = lilv_plugin_get_port_by_symbol(host.plugin, node);
-        lilv_node_free(node);
-        ASSERT_NE(port, nullptr) << symbol;
-        controls[lilv_port_get_index(host.plugin, port)] = value;
+        const uint32_t index = host.PortIndex(symbol);
+        ASSERT_LT(index, (uint32_t)kNumPorts) << symbol;
+        controls[index] = value;
     }
     // A time:Position with only the tempo, at the start of the next block.
     void SendTempo(float bpm) {
         LV2_Atom_Forge forge;
-        lv2_atom_forge_init(&forge, &host.urids.map);
+        lv2_atom_forge_init(&forge, &host.map);
         lv2_atom_forge_set_buffer(&forge, (uint8_t*)timeBuffer, sizeof timeBuffer);
         LV2_Atom_Forge_Frame sequence, object;
         lv2_atom_forge_sequence_head(&forge, &sequence, 0);
         lv2_atom_forge_frame_time(&forge, 0);
-        lv2_atom_forge_object(&forge, &object, 0, host.urids.Map(LV2_TIME__Position));
-        lv2_atom_forge_key(&forge, host.urids.Map(LV2_TIME__beatsPerMinute));
+        lv2_atom_forge_object(&forge, &object, 0, host.Map(LV2_TIME__Position));
+        lv2_atom_forge_key(&forge, host.Map(LV2_TIME__beatsPerMinute));
         lv2_atom_forge_float(&forge, bpm);
         lv2_atom_forge_pop(&forge, &object);
         lv2_atom_forge_pop(&forge, &sequence);
@@ -134,23 +130,19 @@ public:
     }
     std::string StateText() {
         LilvState* state = lilv_state_new_from_instance(
-            host.plugin, instance, &host.urids.map, nullptr, nullptr, nullptr, nullptr, PortValue,
+            host.plugin, instance, &host.map, nullptr, nullptr, nullptr, nullptr, PortValue,
             this, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE, nullptr);
-        char* text = lilv_state_to_string(host.world, &host.urids.map, &host.urids.unmap, state,
-                                          "urn:test:state", nullptr);
+        char* text = lilv_state_to_string(host.world, &host.map, &host.unmap, state, "urn:test:state", nullptr);
         std::string result = text ? text : "";
         lilv_free(text);
         lilv_state_free(state);
         return result;
     }
     void RestoreStateText(const std::string& text) {
-        LilvState* state = lilv_state_new_from_string(host.world, &host.urids.map, text.c_str());
+        LilvState* state = lilv_state_new_from_string(host.world, &host.map, text.c_str());
         ASSERT_NE(state, nullptr);
         lilv_state_restore(state, instance, SetPortValue, this, 0, nullptr);
         lilv_state_free(state);
-    }
-    const LV2_State_Interface* StateInterface() {
-        return static_cast<const LV2_State_Interface*>(lilv_instance_get_extension_data(instance, LV2_STATE__interface));
     }
     LV2_Handle Handle() { return lilv_instance_get_handle(instance); }
     ATapDelay* Effect() { return static_cast<TapDelayLv2*>(Handle())->Effect(); }
@@ -162,29 +154,25 @@ private:
     void ClearTime() {
         auto* sequence = reinterpret_cast<LV2_Atom_Sequence*>(timeBuffer);
         sequence->atom.size = sizeof(LV2_Atom_Sequence_Body);
-        sequence->atom.type = host.urids.Map(LV2_ATOM__Sequence);
+        sequence->atom.type = host.Map(LV2_ATOM__Sequence);
         sequence->body.unit = 0;
         sequence->body.pad = 0;
     }
     static const void* PortValue(const char* symbol, void* self, uint32_t* size, uint32_t* type) {
         auto* me = static_cast<Instance*>(self);
-        LilvNode* node = lilv_new_string(me->host.world, symbol);
-        const LilvPort* port = lilv_plugin_get_port_by_symbol(me->host.plugin, node);
-        lilv_node_free(node);
-        uint32_t index = lilv_port_get_index(me->host.plugin, port);
+        const uint32_t index = me->host.PortIndex(symbol);
         if (index < (uint32_t)kFirstParam || index >= (uint32_t)kFirstMeter) return nullptr;
         *size = sizeof(float);
-        *type = me->host.urids.Map(LV2_ATOM__Float);
+        *type = me->host.Map(LV2_ATOM__Float);
         return &me->controls[index];
     }
-    static void SetPortValue(const char* symbol, void* self, const void* value, uint32_t size, uint32_t type) {
-        auto* me = static_cast<Instance*>(self);
-        if (size == sizeof(float)) me->SetControl(symbol, *static_cast<const float*>(value));
+    static void SetPortValue(const char* symbol, void* self, const void* value, uint32_t size, uint32_t) {
+        if (size == sizeof(float)) static_cast<Instance*>(self)->SetControl(symbol, *static_cast<const float*>(value));
     }
 
     Lv2Host& host;
-    LV2_Feature features[2];
-    const LV2_Feature* featureList[3] = {&features[0], &features[1], nullptr};
+    const LV2_Feature mapFeature{LV2_URID__map, &host.map}, unmapFeature{LV2_URID__unmap, &host.unmap};
+    const LV2_Feature* featureList[3] = {&mapFeature, &unmapFeature, nullptr};
     float audio[4][kFrames] = {};
     float controls[kNumPorts] = {};
     alignas(8) uint8_t timeBuffer[256] = {};
@@ -224,8 +212,9 @@ TEST(Lv2Host, StateBringsBackTheWholeBankAndRefusesBadChunks) {
             *flags = 0;
             return s->present ? s->bytes.data() : nullptr;
         };
-        EXPECT_NE(restored.StateInterface()->restore(restored.Handle(), retrieve, (LV2_State_Handle)&stored, 0, nullptr),
-                  LV2_STATE_SUCCESS);
+        auto* state = static_cast<const LV2_State_Interface*>(
+            lilv_instance_get_extension_data(restored.instance, LV2_STATE__interface));
+        EXPECT_NE(state->restore(restored.Handle(), retrieve, (LV2_State_Handle)&stored, 0, nullptr), LV2_STATE_SUCCESS);
         EXPECT_TRUE(restored.Bank() == before) << stored.bytes.size() << " bytes";
     }
 }
@@ -236,18 +225,14 @@ TEST(Lv2Host, TimePositionTempoMovesTheSyncedTaps) {
     ASSERT_TRUE(instance.instance);
     instance.SetControl("TempoSync", 1.0f);
     instance.SetControl("SyncNote", 0.0f);
-    struct Case { float bpm; const char* taps[kNumTaps]; };
-    const Case cases[] = {
-        {100.0f, {"600.0", "1200.0", "1800.0", "2400.0", "3000.0", "3600.0"}},
-        {150.0f, {"400.0", "800.0", "1200.0", "1600.0", "2000.0", "2400.0"}},
-        {120.0f, {"500.0", "1000.0", "1500.0", "2000.0", "2500.0", "3000.0"}},
-    };
-    for (const Case& c : cases) {
-        instance.SendTempo(c.bpm);
+    // Tap n waits n + 1 quarter notes.
+    for (auto [bpm, quarter] : {std::pair{100.0f, 600}, {150.0f, 400}, {120.0f, 500}}) {
+        instance.SendTempo(bpm);
         instance.Run();
         instance.Run();  // the tempo is kept between positions
         for (int tap = 0; tap < kNumTaps; tap++)
-            EXPECT_EQ(instance.Display(kParamDelayTime + tap), c.taps[tap]) << c.bpm << " BPM, tap " << tap;
+            EXPECT_EQ(instance.Display(kParamDelayTime + tap), std::to_string((tap + 1) * quarter) + ".0")
+                << bpm << " BPM, tap " << tap;
     }
     // An eighth note halves them.
     instance.SetControl("SyncNote", 1.0f);
@@ -257,9 +242,9 @@ TEST(Lv2Host, TimePositionTempoMovesTheSyncedTaps) {
 
 // The UI in a plain X window at the screen's corner, clicked with XTest.
 TEST(Lv2Host, EditorClicksWriteThePortValues) {
-    const char* require = std::getenv("TAPDELAY_REQUIRE_X11");
     Display* display = XOpenDisplay(nullptr);
     if (!display) {
+        const char* require = std::getenv("TAPDELAY_REQUIRE_X11");
         if (require && *require == '1') FAIL() << "no X display";
         GTEST_SKIP() << "no X display";
     }
@@ -273,37 +258,41 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     const LV2UI_Descriptor* descriptor = uiDescriptor(0);
     ASSERT_STREQ(descriptor->URI, TAPDELAY_LV2_UI_URI);
 
-    Window parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 10, 10, 0, 0, 0);
-    XMapWindow(display, parent);
-    XSync(display, False);
-    struct Host {
+    // What the host keeps: the parent window at the size asked, and the port values written.
+    struct UiHost {
         Display* display;
         Window parent;
         int width = 0, height = 0;
         std::map<uint32_t, float> written;
-    } state{display, parent, 0, 0, {}};
+    } state{display, XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 10, 10, 0, 0, 0), 0, 0, {}};
+    XMapWindow(display, state.parent);
+    XSync(display, False);
     LV2UI_Resize resize{&state, [](LV2UI_Feature_Handle h, int width, int height) {
-                            auto* s = static_cast<Host*>(h);
+                            auto* s = static_cast<UiHost*>(h);
                             s->width = width;
                             s->height = height;
                             XResizeWindow(s->display, s->parent, (unsigned)width, (unsigned)height);
                             XSync(s->display, False);
                             return 0;
                         }};
-    LV2_Feature parentFeature{LV2_UI__parent, reinterpret_cast<void*>(parent)};
-    LV2_Feature instanceFeature{LV2_INSTANCE_ACCESS_URI, instance.Handle()};
-    LV2_Feature resizeFeature{LV2_UI__resize, &resize};
-    LV2_Feature mapFeature{LV2_URID__map, &host.urids.map};
-    const LV2_Feature* features[] = {&parentFeature, &instanceFeature, &resizeFeature, &mapFeature, nullptr};
     auto write = [](LV2UI_Controller c, uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
         if (format == 0 && size == sizeof(float))
-            static_cast<Host*>(c)->written[port] = *static_cast<const float*>(buffer);
+            static_cast<UiHost*>(c)->written[port] = *static_cast<const float*>(buffer);
     };
-    LV2UI_Widget widget = nullptr;
-    LV2UI_Handle ui = descriptor->instantiate(descriptor, TAPDELAY_LV2_URI, TAPDELAY_LV2_DIR, write, &state,
-                                              &widget, features);
+    // The UI with the features a host gives, and the host's options if any.
+    auto open = [&](const LV2_Options_Option* options) {
+        const LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(state.parent)},
+            access{LV2_INSTANCE_ACCESS_URI, instance.Handle()}, resizing{LV2_UI__resize, &resize},
+            map{LV2_URID__map, &host.map}, hostOptions{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)};
+        const LV2_Feature* features[] = {&parent, &access, &resizing, &map, options ? &hostOptions : nullptr, nullptr};
+        LV2UI_Widget widget = nullptr;
+        LV2UI_Handle ui = descriptor->instantiate(descriptor, TAPDELAY_LV2_URI, TAPDELAY_LV2_DIR, write, &state,
+                                                  &widget, features);
+        EXPECT_NE(widget, nullptr);
+        return ui;
+    };
+    LV2UI_Handle ui = open(nullptr);
     ASSERT_NE(ui, nullptr);
-    EXPECT_NE(widget, nullptr);
     EXPECT_EQ(state.width, 800);
     EXPECT_EQ(state.height, 360);
     auto idle = static_cast<const LV2UI_Idle_Interface*>(descriptor->extension_data(LV2_UI__idleInterface));
@@ -319,25 +308,15 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     state.written.clear();
 
     // The delay switch of tap 0 (on in program 0), the left quarter of its
-    // delay-time slider (0.25 of 4000 ms) and its gain knob.
-    std::thread user([] {
-        Display* input = XOpenDisplay(nullptr);
-        auto click = [input](int x, int y) {
-            XTestFakeMotionEvent(input, DefaultScreen(input), x, y, CurrentTime);
-            XTestFakeButtonEvent(input, 1, True, CurrentTime);
-            XTestFakeButtonEvent(input, 1, False, CurrentTime);
-            XSync(input, False);
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        };
-        click(79, 88);
-        click(138 + 27, 88);
-        click(291, 88);  // the gain knob's left-middle point: exactly 0.2
-        XCloseDisplay(input);
-    });
-    idleFor(1000);
-    user.join();
-    idleFor(200);
-
+    // delay-time slider (0.25 of 4000 ms) and its gain knob's left-middle
+    // point (exactly 0.2).
+    for (auto [x, y] : {std::pair{79, 88}, {138 + 27, 88}, {291, 88}}) {
+        XTestFakeMotionEvent(display, DefaultScreen(display), x, y, CurrentTime);
+        XTestFakeButtonEvent(display, 1, True, CurrentTime);
+        XTestFakeButtonEvent(display, 1, False, CurrentTime);
+        XSync(display, False);
+        idleFor(200);
+    }
     EXPECT_EQ(state.written[kFirstParam + kParamDelayOnOff], 0.0f);
     EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], 1000.0f);
     EXPECT_EQ(state.written[kFirstParam + kParamDelayGain], ToPort(kParamDelayGain, 0.2f));
@@ -352,23 +331,19 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     idleFor(100);
     EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], ToPort(kParamDelayTime, instance.Effect()->getParameter(kParamDelayTime)));
     EXPECT_EQ(state.written[kFirstParam + kParamOutput], ToPort(kParamOutput, instance.Effect()->getParameter(kParamOutput)));
-
     descriptor->cleanup(ui);
 
     // A host's ui:scaleFactor of 2 opens the editor at 200 %.
     float two = 2.0f;
     const LV2_Options_Option options[] = {
-        {LV2_OPTIONS_INSTANCE, 0, host.urids.map.map(host.urids.map.handle, LV2_UI__scaleFactor), sizeof two,
-         host.urids.map.map(host.urids.map.handle, LV2_ATOM__Float), &two},
+        {LV2_OPTIONS_INSTANCE, 0, host.Map(LV2_UI__scaleFactor), sizeof two, host.Map(LV2_ATOM__Float), &two},
         {LV2_OPTIONS_INSTANCE, 0, 0, 0, 0, nullptr}};
-    LV2_Feature optionsFeature{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)};
-    const LV2_Feature* scaled[] = {&parentFeature, &instanceFeature, &resizeFeature, &mapFeature, &optionsFeature, nullptr};
-    ui = descriptor->instantiate(descriptor, TAPDELAY_LV2_URI, TAPDELAY_LV2_DIR, write, &state, &widget, scaled);
+    ui = open(options);
     ASSERT_NE(ui, nullptr);
     EXPECT_EQ(state.width, 1600);
     EXPECT_EQ(state.height, 720);
     descriptor->cleanup(ui);
-    XDestroyWindow(display, parent);
+    XDestroyWindow(display, state.parent);
     XCloseDisplay(display);
     dlclose(library);
 }

@@ -78,24 +78,19 @@ PASS_ON(kX, int, XSync, (void* d, int discard), (d, discard))
 PASS_ON(kX, int, XPending, (void* d), (d))
 PASS_ON(kX, void, XLockDisplay, (void* d), (d))
 
-int open(const char* path, int flags, ...) {
-    Count(kFile);
-    va_list list;
-    va_start(list, flags);
-    mode_t mode = va_arg(list, mode_t);
-    va_end(list);
-    static auto real = Next<int (*)(const char*, int, ...)>("open");
-    return real(path, flags, mode);
-}
+// open and openat: the mode after the flags is passed on whether or not it is there.
+#define PASS_ON_OPEN(name, params, args)                \
+    int name params {                                   \
+        Count(kFile);                                   \
+        va_list list;                                   \
+        va_start(list, flags);                          \
+        mode_t mode = va_arg(list, mode_t);             \
+        va_end(list);                                   \
+        static auto real = Next<int(*) params>(#name);  \
+        return real args;                               \
+    }
 
-int openat(int dir, const char* path, int flags, ...) {
-    Count(kFile);
-    va_list list;
-    va_start(list, flags);
-    mode_t mode = va_arg(list, mode_t);
-    va_end(list);
-    static auto real = Next<int (*)(int, const char*, int, ...)>("openat");
-    return real(dir, path, flags, mode);
-}
+PASS_ON_OPEN(open, (const char* path, int flags, ...), (path, flags, mode))
+PASS_ON_OPEN(openat, (int dir, const char* path, int flags, ...), (dir, path, flags, mode))
 
 }  // extern "C"

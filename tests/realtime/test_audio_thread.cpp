@@ -34,7 +34,7 @@ VstIntPtr Host(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
 enum class Work { Parameters, Programs, Chunks, Everything };
 
 struct Scenario {
-    const char* what;
+    const char* name;
     bool doublePrecision;
     bool tempoSync;
     int hostBlock;  // frames per call; the announced block is 64
@@ -42,10 +42,10 @@ struct Scenario {
 };
 
 const Scenario kScenarios[] = {
-    {"parameters and their texts, float", false, false, 64, Work::Parameters},
-    {"program changes, double, tempo sync", true, true, 64, Work::Programs},
-    {"bank and program chunks, float, blocks in slices", false, true, 200, Work::Chunks},
-    {"all of it as a host does, double", true, true, 64, Work::Everything},
+    {"ParametersAndTheirTextsFloat", false, false, 64, Work::Parameters},
+    {"ProgramChangesDoubleTempoSync", true, true, 64, Work::Programs},
+    {"BankAndProgramChunksFloatBlocksInSlices", false, true, 200, Work::Chunks},
+    {"AllOfItAsAHostDoesDouble", true, true, 64, Work::Everything},
 };
 
 // One operation of the user-interface thread; `op` counts them.
@@ -77,7 +77,7 @@ void WorkThePlugin(AEffect* effect, Work work, uint32_t op, uint32_t& seed) {
     static_cast<ATapDelay*>(effect->object)->GetVU(&levels[0], &levels[1], &levels[2], &levels[3]);
 }
 
-void PrintTo(const Scenario& s, std::ostream* out) { *out << s.what; }
+void PrintTo(const Scenario& s, std::ostream* out) { *out << s.name; }
 
 class AudioThread : public ::testing::TestWithParam<Scenario> {};
 
@@ -133,11 +133,6 @@ TEST_P(AudioThread, NeverWaits) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, AudioThread, ::testing::ValuesIn(kScenarios),
-                         [](const ::testing::TestParamInfo<Scenario>& info) {
-                             std::string name;
-                             for (const char* c = info.param.what; *c; c++)
-                                 if (std::isalnum((unsigned char)*c)) name += *c;
-                             return name;
-                         });
+                         [](const ::testing::TestParamInfo<Scenario>& info) { return std::string(info.param.name); });
 
 }  // namespace

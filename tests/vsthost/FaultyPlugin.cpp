@@ -24,7 +24,6 @@ struct Program {
 
 struct Faulty {
     AEffect effect{};
-    audioMasterCallback master = nullptr;
     std::string fault;
     Program programs[kPrograms] = {{{0.5f, 0.0f}, "First"}, {{1.0f, 0.5f}, "Second"}};
     std::atomic<int> current{0};
@@ -86,10 +85,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
         if (f->is("crash") || paramInRange)
             strcpy(text, kParamNames[index]);
         return 0;
-    case effGetParamLabel:
-        if (paramInRange)
-            strcpy(text, index == 0 ? "x" : "");
-        return 0;
     case effGetParamDisplay:
         if (paramInRange)
             snprintf(text, 16, "%.2f", f->value(index) * (index == 0 ? 2.0f : 1.0f));
@@ -117,12 +112,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
         else
             strcpy(text, "Faulty");
         return 1;
-    case effGetVendorString:
-        strcpy(text, "vsthost tests");
-        return 1;
-    case effGetProductString:
-        strcpy(text, "Faulty");
-        return 1;
     case effSetProgram:
         if (value >= 0 && value < kPrograms)
             f->current = (int)value;
@@ -132,15 +121,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
     case effGetProgramName:
         strcpy(text, f->programs[f->current].name);
         return 0;
-    case effSetProgramName:
-        strncpy(f->programs[f->current].name, text, 23);
-        f->programs[f->current].name[23] = 0;
-        return 0;
-    case effGetProgramNameIndexed:
-        if (index < 0 || index >= kPrograms)
-            return 0;
-        strcpy(text, f->programs[index].name);
-        return 1;
     case effGetChunk: {
         const bool preset = index != 0;
         const uint8_t* from = reinterpret_cast<const uint8_t*>(preset ? &f->programs[f->current]
@@ -158,14 +138,6 @@ VstIntPtr dispatcher(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr valu
             memcpy(preset ? (void*)&f->programs[f->current] : (void*)f->programs, ptr, size);
         return 1;
     }
-    case effGetVendorVersion:
-        return 1;
-    case effGetVstVersion:
-        return 2400;
-    case effGetPlugCategory:
-        return kPlugCategEffect;
-    case effCanBeAutomated:
-        return paramInRange ? 1 : 0;
     default:
         return 0;
     }
@@ -179,7 +151,6 @@ extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMa
     Faulty* f = new Faulty();
     const char* fault = getenv("VSTHOST_FAULT");
     f->fault = fault ? fault : "";
-    f->master = master;
     AEffect& e = f->effect;
     e.magic = kEffectMagic;
     e.dispatcher = dispatcher;

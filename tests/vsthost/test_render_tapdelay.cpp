@@ -1,6 +1,7 @@
 // Renders through TapDelay.so, checked against expectations computed here
-// from the plug-in's documented behaviour: the dry path at a balance of 0,
-// and a single tap delaying an impulse by a whole number of samples.
+// from the plug-in's documented behaviour: a single tap delaying an impulse
+// by a whole number of samples, in mono and stereo, single and double
+// precision (the dry path's gains are checked on the plug-in itself).
 #include "tools/vsthost/BankFile.h"
 #include "tools/vsthost/PluginHost.h"
 #include "tools/vsthost/PluginSetup.h"
@@ -10,9 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
-#include <unistd.h>
+
 #include "tests/support/TempFolder.h"
 
 using namespace vsthost;
@@ -23,14 +23,6 @@ namespace {
 // table runs linearly from 0.001 to 2.0, shown and applied through dB at
 // 6 dB per doubling, which gives the same linear value back.
 double outputGain(float normalised) { return 0.001 + (2.0 - 0.001) * normalised; }
-double inputGain(float normalised) { return 0.001 + (1.0 - 0.001) * normalised; }
-
-// Delay in samples for a tap time given as normalised value: the time is
-// 4000 ms times the value (in float), the line length the truncation of
-// rate times time (multiplied in float) over 1000.
-long tapDelaySamples(float normalisedTime, double rate) {
-    return (long)((double)((float)rate * (4000.0f * normalisedTime)) / 1000.0);
-}
 
 PluginSetup tapDelaySetup(std::vector<std::string> params) {
     PluginSetup setup;
@@ -48,18 +40,6 @@ std::vector<std::string> singleTap(const std::string& time) {
     for (int tap = 1; tap < 6; ++tap)
         p.push_back("DelayON/OFF" + std::to_string(tap) + "=OFF");
     return p;
-}
-
-AudioBuffer renderThrough(const PluginSetup& setup, const AudioBuffer& input,
-                          AppliedSetup* applied = nullptr, bool doublePrecision = false) {
-    PluginSetup s = setup;
-    s.doublePrecision = doublePrecision;
-    auto host = startPlugin(s, input.sampleRate, applied);
-    RenderOptions options;
-    options.blockSize = s.blockSize;
-    options.doublePrecision = doublePrecision;
-    options.tailSeconds = 0.0;
-    return render(*host, input, options);
 }
 
 float normalisedOf(const AppliedSetup& applied, const std::string& name) {
@@ -80,65 +60,41 @@ AudioBuffer renderCommand(const TempFolder& dir, const std::string& options) {
     return readAudioFile(dir.file("out.wav"));
 }
 
-// Index and value of the largest magnitude.
-std::pair<size_t, float> loudest(const std::vector<float>& x) {
-    size_t at = 0;
-    for (size_t i = 1; i < x.size(); ++i)
-        if (std::fabs(x[i]) > std::fabs(x[at]))
-            at = i;
-    return {at, x[at]};
-}
-
 }  // namespace
-
-TEST(TapDelayRender, BalanceZeroReturnsTheGainedInput) {
-    // Stereo in single and double precision, and a mono file feeding both channels.
-    for (const auto& [channels, doublePrecision] : {std::pair{2, false}, {2, true}, {1, false}}) {
-        SCOPED_TRACE(std::to_string(channels) + (doublePrecision ? " channels, double" : " channels, float"));
-        const AudioBuffer input = makeNoise(48000, channels, 4800, 0.5f, 7);
-        AppliedSetup applied;
-        const AudioBuffer out = renderThrough(
-            tapDelaySetup({"ON/OFF=ON", "Balance=0", "Input=0.75", "Output=0.3", "FeedBack=0.5",
-                           "FeedBackON/OFF=ON", "DelayON/OFF1=ON"}),
-            input, &applied, doublePrecision);
-        const double gain =
-            inputGain(normalisedOf(applied, "Input")) * outputGain(normalisedOf(applied, "Output"));
-        ASSERT_EQ(out.channelCount(), 2u);
-        ASSERT_EQ(out.frames(), input.frames());
-        for (size_t c = 0; c < 2; ++c)
-            for (size_t i = 0; i < input.frames(); ++i)
-                ASSERT_NEAR(out.channels[c][i], input.channels[c % channels][i] * gain, 2e-6)
-                    << "channel " << c << " frame " << i;
-    }
-}
 
 TEST(TapDelayRender, OneTapDelaysAnImpulseByWholeSamples) {
     struct Case {
         double rate;
         std::string time;  // as a user writes it
-        long expected;     // samples, from the rule written out by hand
+        long expected;     // samples: rate x time / 1000 truncated, worked out by hand
+        int channels;      // a mono file feeds both inputs
+        bool doublePrecision;
     };
-    const Case cases[] = {{48000, "DelayTime0=250ms", 12000}, {44100, "DelayTime0=10ms", 441},
-                          {44100, "DelayTime0:=333.3", 14698}, {96000, "DelayTime0=0.0625", 24000},
-                          {22050, "DelayTime0=1.5s", 33075}};
+    const Case cases[] = {{48000, "DelayTime0=250ms", 12000, 2, false}, {44100, "DelayTime0=10ms", 441, 1, false},
+                          {44100, "DelayTime0:=333.3", 14698, 2, true}, {96000, "DelayTime0=0.0625", 24000, 1, true},
+                          {22050, "DelayTime0=1.5s", 33075, 2, false}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.time + " at " + std::to_string((int)c.rate) + " Hz");
+        SCOPED_TRACE(c.time + " at " + std::to_string((int)c.rate) + " Hz, " + std::to_string(c.channels) +
+                     (c.doublePrecision ? " channels, double" : " channels, float"));
         const size_t at = 100;
-        const AudioBuffer impulse = makeImpulse(c.rate, 2, (size_t)c.expected + 2000, at, 1.0f);
+        const AudioBuffer impulse = makeImpulse(c.rate, c.channels, (size_t)c.expected + 2000, at, 1.0f);
+        PluginSetup setup = tapDelaySetup(singleTap(c.time));
+        setup.doublePrecision = c.doublePrecision;
         AppliedSetup applied;
-        const AudioBuffer out = renderThrough(tapDelaySetup(singleTap(c.time)), impulse, &applied);
-        const float time = normalisedOf(applied, "DelayTime0");
-        ASSERT_EQ(tapDelaySamples(time, c.rate), c.expected);
-
+        RenderOptions options;
+        options.blockSize = setup.blockSize;
+        options.doublePrecision = c.doublePrecision;
+        options.tailSeconds = 0.0;
+        const AudioBuffer out = render(*startPlugin(setup, c.rate, &applied), impulse, options);
         const double gain = outputGain(normalisedOf(applied, "Output")) *
                             outputGain(normalisedOf(applied, "DelayGain0"));
-        for (size_t ch = 0; ch < 2; ++ch) {
-            const auto [where, value] = loudest(out.channels[ch]);
-            EXPECT_EQ((long)where, (long)at + c.expected) << "channel " << ch;
-            EXPECT_NEAR(value, gain, 1e-5) << "channel " << ch;
+        ASSERT_EQ(out.channelCount(), 2u);
+        ASSERT_EQ(out.frames(), impulse.frames());
+        const size_t echo = at + c.expected;  // and silence everywhere else
+        for (size_t ch = 0; ch < 2; ++ch)
             for (size_t i = 0; i < out.frames(); ++i)
-                ASSERT_TRUE(i == where || out.channels[ch][i] == 0.0f) << "channel " << ch << " frame " << i;
-        }
+                ASSERT_NEAR(out.channels[ch][i], i == echo ? gain : 0.0, i == echo ? 1e-5 : 0.0)
+                    << "channel " << ch << " frame " << i;
     }
 }
 
@@ -177,12 +133,10 @@ TEST(TapDelayRender, ProgramsByNameAndBankFiles) {
     auto other = startPlugin(fromFile, 48000, &applied);
     EXPECT_EQ(other->getParam(59), 0.125f);
     EXPECT_EQ(other->getChunk(true), host->getChunk(true));
-    const int loadedInto = other->currentProgram();
-    const int neighbour = loadedInto == 0 ? 1 : 0;
-    auto plain = startPlugin(tapDelaySetup({}), 48000);
-    other->setProgram(neighbour);
-    plain->setProgram(neighbour);
-    EXPECT_EQ(other->getChunk(true), plain->getChunk(true));
+    ASSERT_EQ(other->currentProgram(), 0);
+    other->setProgram(1);  // untouched in both
+    host->setProgram(1);
+    EXPECT_EQ(other->getChunk(true), host->getChunk(true));
 
     // Files for another plug-in are refused.
     PatchFile foreign = bank;
@@ -196,28 +150,23 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
     // "Quarter Note Echo" follows the tempo with tap 0 alone, one quarter
     // note late; its stored time is the one at 120 BPM (500 ms). At 98 BPM a
     // quarter is 612.24 ms: 29387 samples at 48 kHz, heard at 612.2 ms.
-    struct Case {
-        std::string hostOptions;
-        double firstEchoMs;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, double> cases[] = {  // vsthost's host options, the first echo in ms
         {"", 612.2},
         // Ardour 7's scale: 98 BPM reads as 9.8 BPM from audioMasterTempoAt,
         // but the time info carries the right tempo and wins.
         {"--tempo-at-scale 1000", 612.2},
         // Without time info the stored time stays: audioMasterTempoAt is a
-        // host call the audio thread does not make.
+        // host call the audio thread does not make (the plug-in's own tests
+        // go through the other answers hosts give).
         {"--tempo-at-scale 10000 --no-time-info", 500.0},
-        {"--tempo-at-scale 1000 --no-time-info", 500.0},
-        {"--tempo-at-scale 0 --no-time-info", 500.0},
     };
     TempFolder dir;
     const double rate = 48000;
     writeAudioFile(dir.file("in.wav"), makeImpulse(rate, 1, 36000, 0, 1.0f));
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.hostOptions.empty() ? "documented answers" : c.hostOptions);
+    for (const auto& [hostOptions, firstEchoMs] : cases) {
+        SCOPED_TRACE(hostOptions.empty() ? "documented answers" : hostOptions);
         const AudioBuffer out =
-            renderCommand(dir, "--program 'Quarter Note Echo' --tempo 98 --tail 0 -b 100 " + c.hostOptions);
+            renderCommand(dir, "--program 'Quarter Note Echo' --tempo 98 --tail 0 -b 100 " + hostOptions);
         ASSERT_EQ(out.channelCount(), 2u);
         EXPECT_EQ(out.frames(), 36000u);
         // The dry impulse at 0, then silence until the first echo.
@@ -225,6 +174,6 @@ TEST(TapDelayRender, TempoSyncThroughHostsThatAnswerTempoBadly) {
         while (first < out.frames() && out.channels[0][first] == 0.0f)
             ++first;
         ASSERT_LT(first, out.frames());
-        EXPECT_NEAR(first * 1000.0 / rate, c.firstEchoMs, 0.05);
+        EXPECT_NEAR(first * 1000.0 / rate, firstEchoMs, 0.05);
     }
 }

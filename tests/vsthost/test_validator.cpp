@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <algorithm>
 #include <map>
+#include <vector>
 #include <sys/wait.h>
 
 using namespace vsthost;
@@ -26,25 +27,16 @@ std::map<std::string, CheckOutcome> validate(const std::string& fault, const std
     return outcomes;
 }
 
-const char* statusName(CheckOutcome::Status s) {
-    static const char* const names[] = {"PASS", "FAIL", "SKIP", "WARN"};
-    return names[int(s)];
-}
-
-// `why` is a part of the detail; "|" separates alternatives.
-void expectFailure(const std::string& fault, const std::string& check, const std::string& why) {
+// The check fails, and one of `why` is a part of its detail.
+void expectFailure(const std::string& fault, const std::string& check, const std::vector<std::string>& why) {
     SCOPED_TRACE("fault " + fault);
     const auto outcomes = validate(fault, check);
     ASSERT_EQ(outcomes.size(), 1u) << "no check named " << check;
     const CheckOutcome& o = outcomes.begin()->second;
-    EXPECT_EQ(o.status, CheckOutcome::Status::Fail) << statusName(o.status) << ": " << o.detail;
-    bool found = false;
-    for (size_t from = 0; from <= why.size();) {
-        const size_t bar = std::min(why.find('|', from), why.size());
-        found = found || o.detail.find(why.substr(from, bar - from)) != std::string::npos;
-        from = bar + 1;
-    }
-    EXPECT_TRUE(found) << o.detail;
+    EXPECT_EQ(o.status, CheckOutcome::Status::Fail) << o.detail;
+    EXPECT_TRUE(std::any_of(why.begin(), why.end(),
+                            [&](const std::string& w) { return o.detail.find(w) != std::string::npos; }))
+        << o.detail;
 }
 
 }  // namespace
@@ -53,24 +45,19 @@ TEST(Validator, AWellBehavedPlugInPassesEveryCheck) {
     const auto outcomes = validate("");
     EXPECT_EQ(outcomes.size(), Validator::checkNames().size());
     for (const auto& [name, o] : outcomes)
-        EXPECT_EQ(o.status, CheckOutcome::Status::Pass) << name << ": " << statusName(o.status)
-                                                        << ": " << o.detail;
-    // Checks can be chosen by a part of their name.
-    const auto chosen = validate("", "chunks");
-    ASSERT_EQ(chosen.size(), 1u);
-    EXPECT_EQ(chosen.begin()->first, "chunks round-trip bit for bit");
+        EXPECT_EQ(o.status, CheckOutcome::Status::Pass) << name << ": " << o.detail;
 }
 
 TEST(Validator, EachFaultIsFoundByItsCheck) {
-    expectFailure("nan", "finite output for finite input", "non-finite output");
+    expectFailure("nan", "finite output for finite input", {"non-finite output"});
     // A sanitizer turns the crash into an exit with a report.
-    expectFailure("crash", "out-of-range indices and sizes", "crashed|ended without a result");
-    expectFailure("leak", "no leaks", "the heap grows");
-    expectFailure("hum", "tail ends in exact silence", "silence in gives");
-    expectFailure("chunk", "chunks round-trip bit for bit", "differs");
-    expectFailure("text", "texts terminated and in bounds", "no terminating zero");
+    expectFailure("crash", "out-of-range indices and sizes", {"crashed", "ended without a result"});
+    expectFailure("leak", "no leaks", {"the heap grows"});
+    expectFailure("hum", "tail ends in exact silence", {"silence in gives"});
+    expectFailure("chunk", "chunks round-trip bit for bit", {"differs"});
+    expectFailure("text", "texts terminated and in bounds", {"no terminating zero"});
     expectFailure("intrange", "parameters set as their properties announce",
-                  "parameter 0 (properties flags 10, integers 0 to 2) shows \"4.00\" instead of \"2.00\"");
+                  {"parameter 0 (properties flags 10, integers 0 to 2) shows \"4.00\" instead of \"2.00\""});
 }
 
 TEST(Validator, CommandLineExitStatus) {
