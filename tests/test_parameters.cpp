@@ -1,13 +1,14 @@
 // The parameter table: mappings between normalised, internal and display
-// values, names, labels and display texts of all 62 parameters.
+// values, names, labels and display texts of all 62 parameters, and the three
+// ways a value changes (host automation, editor controls, typed values).
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <string>
 
-#include "effect/ATapDelay.h"
 #include "effect/ParamTable.h"
-#include "tests/support/PluginUnderTest.h"
+#include "tests/support/EffectUnderTest.h"
 
 namespace {
 
@@ -134,4 +135,84 @@ TEST(ParameterEditorValues, DisplayValuesForTypedEntry) {
     effect.setParameterFormUI(61, 1.0f);
     effect.getParameterDisplay(61, text);
     EXPECT_STREQ(text, "8th");
+}
+
+namespace {
+
+float RecordSlot(EffectUnderTest& effect, int slot) {
+    float value;
+    std::memcpy(&value, effect.programBytes().data() + 4 * slot, 4);
+    return value;
+}
+
+}  // namespace
+
+// Host automation tells the window, editor controls and typed values tell the
+// host; what each stores, and in which slot of the program record.
+TEST(ParameterPaths, EachPathStoresInItsSlotAndTellsTheOtherSide) {
+    IsolatedPreferences preferences;
+    EffectUnderTest effect;
+    // FilterGain k lands in slot 45+k, FilterQ k in 51+k, FilterON/OFF k in 39+k.
+    for (int tap = 0; tap < 6; tap++) {
+        effect->setParameter(39 + tap, 0.1f + tap * 0.01f);
+        effect->setParameter(45 + tap, 0.3f + tap * 0.01f);
+        effect->setParameter(51 + tap, 1.0f);
+        EXPECT_EQ(RecordSlot(effect, 45 + tap), 0.1f + tap * 0.01f);
+        EXPECT_EQ(RecordSlot(effect, 51 + tap), 0.3f + tap * 0.01f);
+        EXPECT_EQ(RecordSlot(effect, 39 + tap), 1.0f);
+    }
+    // Tempo settings from the host stay out of the record; from the editor they go in.
+    effect->ProgramToInitial();
+    effect.calls.clear();
+    effect.view.controls.clear();
+    effect->setParameter(60, 1.0f);
+    effect->setParameter(61, 1.0f);
+    EXPECT_EQ(RecordSlot(effect, 60) + RecordSlot(effect, 61), 0.0f);
+    EXPECT_FALSE(effect->IsProgramChanged());
+    EXPECT_TRUE(effect.calls.empty());
+    EXPECT_EQ(effect.view.controls.back(), std::make_pair(61, 1.0f));
+    effect->setParameterFormUI(60, 1.0f);
+    EXPECT_EQ(RecordSlot(effect, 60), 1.0f);
+
+    // A typed value: endEdit, then automation with the resulting normalised value.
+    effect.calls.clear();
+    effect->setParameterFromDiaplay(3, 250.0f);
+    ASSERT_EQ(effect.calls.size(), 2u);
+    EXPECT_EQ(effect.calls[0].opcode, audioMasterEndEdit);
+    EXPECT_EQ(effect.calls[1].opcode, audioMasterAutomate);
+    EXPECT_EQ(effect.calls[1].index, 3);
+    EXPECT_EQ(effect.calls[1].opt, 250.0f / 4000.0f);
+    EXPECT_EQ(effect.view.controls.back(), std::make_pair(3, 250.0f / 4000.0f));
+}
+
+// Typed values work backwards from display units; out of range and NaN are pulled in.
+TEST(ParameterPaths, TypedAndOutOfRangeValuesBecomeNormalisedOnes) {
+    IsolatedPreferences preferences;
+    EffectUnderTest effect;
+    const std::tuple<int, float, float> typed[] = {
+        {1, 12.0f, 1.0f},   {2, 3.0f, 1.0f},  // Input never exceeds unity
+        {15, 25.0f, 0.25f}, {34, 2.0f, 1.0f},  // pan in 0..100, filter type by its index
+        {58, 40.0f, 0.4f},  {4, 99999.0f, 1.0f}, {40, 500.0f, 1.0f}, {46, NAN, 0.0f}};
+    for (const auto& [index, value, normalised] : typed) {
+        effect->setParameterFromDiaplay(index, value);
+        EXPECT_FLOAT_EQ(effect->getParameter(index), normalised) << index;
+    }
+    const std::tuple<int, float, float> automated[] = {{58, 40.0f, 1.0f}, {15, -3.0f, 0.0f}, {46, NAN, 0.0f}};
+    for (const auto& [index, value, normalised] : automated) {
+        effect->setParameter(index, value);
+        EXPECT_EQ(effect->getParameter(index), normalised) << index;
+    }
+
+    // Typed switches, tempo settings and indices outside the table change
+    // nothing, but the window and the host still hear the value as passed.
+    std::vector<unsigned char> before = effect.bankBytes();
+    effect.calls.clear();
+    for (int index : {0, 57, 60, 61, 62}) {
+        effect->setParameterFromDiaplay(index, 0.5f);
+        EXPECT_EQ(effect.calls.back().opt, 0.5f) << index;
+    }
+    effect->setParameterFormUI(-4, 0.5f);
+    effect->setParameter(-1, 0.5f);
+    EXPECT_EQ(effect.bankBytes(), before);
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterAutomate).size(), 6u);
 }
