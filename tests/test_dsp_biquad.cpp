@@ -81,8 +81,8 @@ TEST(BiquadRun, MatchesPlainRecurrenceInBlocksOfAnySizeAndTheTailFallsToExactZer
 
 TEST(BiquadRun, ResultsBelowTwoToTheMinusTwentyFlushToZero) {
     // FlushTiny is the rule on its own. At 0 dB every type is a unit all-pass,
-    // so a fresh filter's first output is its input after the flush, from
-    // OperateFilter and from every lane of OperateFilters alike.
+    // so a fresh filter's first output is its input after the flush, in every
+    // lane of OperateFilters (OperateFilter is held to the same rule above).
     const double below = std::nextafter(kTiny, 0.0);
     const double cases[][2] = {{kTiny, kTiny},       {-kTiny, -kTiny},       {2 * kTiny, 2 * kTiny}, {below, 0.0},
                                {-below, 0.0},        {1e-300, 0.0},          {4.9e-324, 0.0},        {-4.9e-324, 0.0},
@@ -104,14 +104,7 @@ TEST(BiquadRun, ResultsBelowTwoToTheMinusTwentyFlushToZero) {
     for (int k = 0; k < count; ++k) {
         const double x = cases[k][0], flushed = cases[k][1];
         EXPECT_TRUE(SameBits(FlushTiny(x), flushed)) << x;
-        CBiquadFilter alone;
-        alone.CalcCoefficients(48000, 1000, 0, 1, k % 3);
-        EXPECT_EQ(alone.GetB0(), 1.0);
-        EXPECT_EQ(alone.GetB1(), alone.GetA1());
-        EXPECT_EQ(alone.GetB2(), alone.GetA2());
-        const double y = Filtered(alone, {x})[0];
-        EXPECT_TRUE(x == 0.0 ? y == 0.0 : SameBits(y, flushed)) << x << " -> " << y;
-        EXPECT_TRUE(SameBits(out[k], y)) << x << ": lane " << out[k] << ", alone " << y;
+        EXPECT_TRUE(x == 0.0 ? out[k] == 0.0 : SameBits(out[k], flushed)) << x << " -> " << out[k];
     }
     EXPECT_TRUE(std::isnan(FlushTiny(NAN)));
     CBiquadFilter f;

@@ -142,7 +142,7 @@ struct TapOutputs {
 
 }  // namespace
 
-TEST(DelayLine, LengthIsRateTimesTimeInWholeSamples) {
+TEST(DelayLine, LengthIsRateTimesTimeInWholeSamplesAndANewTimeClearsTheLine) {
     struct Case {
         long long rate;
         float ms;
@@ -164,11 +164,9 @@ TEST(DelayLine, LengthIsRateTimesTimeInWholeSamples) {
     fresh.SetBloackSize(0);
     fresh.SetBloackSize(-100);
     EXPECT_EQ(EchoPosition(fresh, 1000), 4);
-}
 
-// A new time (even the same one) clears the line; a new rate is part of the
-// reference run below, a rate of zero or below is ignored.
-TEST(DelayLine, ANewTimeClearsTheLineAndNoRateAtOrBelowZeroIsTaken) {
+    // A new time, even the same one, clears the line (full feedback on); a
+    // rate of zero or below is ignored.
     DelayMain tap;
     Unity(tap, 48000, 1.0f, 1.0f);
     Process(tap, Impulse(30));

@@ -74,7 +74,7 @@ TEST_F(ParameterTexts, NamesOfAllParameters) {
         {0, "ON/OFF"},   {1, "Output"},     {2, "Input"},     {57, "FeedBackON/OFF"}, {58, "FeedBack"},
         {59, "Balance"}, {60, "TempoSync"}, {61, "SyncNote"}, {62, ""}};  // outside the table: empty
     for (const auto& [index, name] : others) EXPECT_EQ(plugin.name(index), name) << index;
-    EXPECT_EQ(plugin.label(-3), "");
+    EXPECT_EQ(plugin.text(effGetParamLabel, -3), "");
 }
 
 // One or more texts of every kind of parameter; every value set reads back.
