@@ -110,33 +110,6 @@ TEST_F(ParameterTexts, DisplayTexts) {
     EXPECT_EQ(plugin.display(62), "");
 }
 
-// Values only the editor paths reach, checked on the effect object itself.
-TEST(ParameterEditorValues, DisplayValuesForTypedEntry) {
-    IsolatedPreferences preferences;
-    ATapDelay effect(nullptr);
-    effect.setParameter(3, 0.25f);  // 1000 ms
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(3), 1000.05f);
-    effect.setParameter(39, 0.0f);  // -12 dB
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(39), -12.05f);
-    effect.setParameter(45, 1.0f);  // Q 10
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(51), 10.0f);  // a filter switch answers its Q
-    effect.setParameter(34, 1.0f);
-    EXPECT_EQ(effect.getParameterDisplayVal(34), 2.0f);  // filter type, unbiased
-    effect.setParameter(22, 1.0f);
-    EXPECT_EQ(effect.getParameterDisplayVal(22), 1.0f);
-    effect.setParameter(61, 0.5f);
-    EXPECT_EQ(effect.getParameterDisplayVal(61), 2.0f);
-
-    // A note index of 4 or more has no name and leaves the caller's text alone.
-    effect.setParameterFormUI(61, 5.0f);
-    char text[32] = "keep";
-    effect.getParameterDisplay(61, text);
-    EXPECT_STREQ(text, "keep");
-    effect.setParameterFormUI(61, 1.0f);
-    effect.getParameterDisplay(61, text);
-    EXPECT_STREQ(text, "8th");
-}
-
 namespace {
 
 float RecordSlot(EffectUnderTest& effect, int slot) {
@@ -185,8 +158,9 @@ TEST(ParameterPaths, EachPathStoresInItsSlotAndTellsTheOtherSide) {
     EXPECT_EQ(effect.view.controls.back(), std::make_pair(3, 250.0f / 4000.0f));
 }
 
-// Typed values work backwards from display units; out of range and NaN are pulled in.
-TEST(ParameterPaths, TypedAndOutOfRangeValuesBecomeNormalisedOnes) {
+// Typed values work backwards from display units, out of range and NaN are
+// pulled in, and display values are what a typed entry starts from.
+TEST(ParameterPaths, TypedAndOutOfRangeValuesBecomeNormalisedOnesAndBack) {
     IsolatedPreferences preferences;
     EffectUnderTest effect;
     const std::tuple<int, float, float> typed[] = {
@@ -202,6 +176,27 @@ TEST(ParameterPaths, TypedAndOutOfRangeValuesBecomeNormalisedOnes) {
         effect->setParameter(index, value);
         EXPECT_EQ(effect->getParameter(index), normalised) << index;
     }
+
+    // What a typed entry starts from: display values of the editor paths.
+    effect->setParameter(3, 0.25f);  // 1000 ms
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(3), 1000.05f);
+    effect->setParameter(39, 0.0f);  // -12 dB
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(39), -12.05f);
+    effect->setParameter(45, 1.0f);  // Q 10
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(51), 10.0f);  // a filter switch answers its Q
+    effect->setParameter(34, 1.0f);
+    EXPECT_EQ(effect->getParameterDisplayVal(34), 2.0f);  // filter type, unbiased
+    effect->setParameter(22, 1.0f);
+    EXPECT_EQ(effect->getParameterDisplayVal(22), 1.0f);
+    effect->setParameter(61, 0.5f);
+    EXPECT_EQ(effect->getParameterDisplayVal(61), 2.0f);
+    // A note index of 4 or more has no name and leaves the caller's text alone.
+    effect->setParameterFormUI(61, 5.0f);
+    char text[32] = "keep";
+    effect->getParameterDisplay(61, text);
+    EXPECT_STREQ(text, "keep");
+    effect->setParameterFormUI(61, 1.0f);
+    EXPECT_EQ(effect.display(61), "8th");
 
     // Typed switches, tempo settings and indices outside the table change
     // nothing, but the window and the host still hear the value as passed.

@@ -26,13 +26,9 @@ TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
     for (int program = 0; program < 64; program++)
         EXPECT_EQ(std::memcmp(&bank[program], &unlisted, offsetof(ATapDelayProgram, currentProgram)), 0) << program;
 
-    // Selecting a program loads its values; names are cut to 23 characters.
+    // Names are cut to 23 characters. (Selecting programs is walked by the
+    // factory bank test, keeping edits across a switch by the chunk round trip.)
     plugin.setProgram(7);
-    plugin.setParameter(33, 1.0f);
-    plugin.setProgram(8);
-    EXPECT_EQ(plugin.display(33), "L-SH");
-    plugin.setProgram(7);
-    EXPECT_EQ(plugin.display(33), "H-SH");
     char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";
     plugin.dispatch(effSetProgramName, 0, 0, longName);
     EXPECT_EQ(plugin.text(effGetProgramNameIndexed, 7), "ABCDEFGHIJKLMNOPQRSTUVW");
