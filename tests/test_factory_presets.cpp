@@ -4,7 +4,6 @@
 // values the text file states.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -107,10 +106,7 @@ TEST_F(FactoryBank, EveryProgramShowsWhatTheTextSaysAndTheRestAreFreshEmptyOnes)
         ASSERT_EQ(plugin.dispatch(effGetProgramNameIndexed, program, 0, name), 1);
         EXPECT_EQ(name, preset.name) << "program " << program;
         plugin.setProgram(program);
-        ASSERT_EQ(plugin.programName(), preset.name);
-        for (const auto& entry : preset.values)
-            EXPECT_NE(std::find(names.begin(), names.end(), entry.first), names.end())
-                << preset.name << ": " << entry.first;
+        ASSERT_EQ(plugin.programName(), preset.name);  // make_fxb refuses unknown parameter names
         std::vector<float> values;
         for (int index = 0; index < 62; index++) {
             auto given = preset.values.find(names[index]);

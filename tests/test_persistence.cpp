@@ -73,8 +73,7 @@ TEST(Chunks, BankRoundTripRestoresEveryProgramAndTheCurrentOne) {
     EXPECT_EQ(reinterpret_cast<ATapDelayProgram*>(saved.data())->currentProgram, 42);
 
     PluginUnderTest restored;
-    std::vector<unsigned char> copy = saved;
-    EXPECT_EQ(restored.dispatch(effSetChunk, 0, 17664, copy.data()), 0);
+    EXPECT_EQ(restored.dispatch(effSetChunk, 0, 17664, saved.data()), 0);
     EXPECT_EQ(restored.program(), 42);
     EXPECT_EQ(restored.programName(), "Program 42");
     void* data = nullptr;
