@@ -23,7 +23,7 @@ struct Mapping {
 
 }  // namespace
 
-TEST(ParamMapping, NormalisedToInternalAndBack) {
+TEST(ParamMapping, NormalisedToInternalAndBackAndTheRanges) {
     const Mapping toInternal[] = {
         {1, 0.0f, -59.79, 0.01}, {1, 0.0f, Db((double)0.001f), 1e-4}, {1, 1.0f, 6.0, 0}, {2, 1.0f, 0.0, 0},
         {9, 0.5f, Db(1.999 * 0.5 + 0.001), 1e-4}, {3, 0.5f, 2000.0, 0}, {27, 0.0f, 20.0, 0}, {27, 1.0f, 20000.0, 0},
@@ -43,9 +43,6 @@ TEST(ParamMapping, NormalisedToInternalAndBack) {
         {27, 1000.0f, 980.0 / 19980.0, 1e-7}, {39, 0.0f, 0.5, 0}, {15, 50.0f, 0.5, 0}};
     for (const Mapping& m : toNormalised)
         EXPECT_NEAR(ValToNormalizeValue(m.index, m.from), m.to, m.tolerance) << m.index << " at " << m.from;
-}
-
-TEST(ParamMapping, RangesInInternalUnits) {
     const Mapping ranges[] = {  // index, maximum, minimum and its tolerance
         {1, 6.0f, -59.79, 0.01}, {2, 0.0f, -59.79, 0.01}, {12, 6.0f, -59.79, 0.01},
         {3, 4000.0f, 0.0, 0},    {46, 10.0f, 0.3, 1e-7},  {40, 12.0f, -12.0, 0}};

@@ -23,12 +23,10 @@ protected:
 
 }  // namespace
 
-TEST(Entry, HostWithoutVersionGetsNoEffect) {
+TEST(Entry, AHostWithoutVersionGetsNoEffectOthersARecordWithTheIdentity) {
     EXPECT_EQ(PluginUnderTest::callEntry(&VersionlessHost), nullptr);
     EXPECT_EQ(g_callsSeen, 1);  // only the version request
-}
 
-TEST(Entry, AEffectRecordCarriesTheIdentity) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin(false);
     AEffect* e = plugin.effect();
