@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
-#include <thread>
 
 #include "dsp/DelayMain.h"
 #include "tests/BiquadReference.h"

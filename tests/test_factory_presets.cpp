@@ -97,7 +97,8 @@ TEST_F(FactoryBank, EveryProgramShowsWhatTheTextSaysAndTheRestAreFreshEmptyOnes)
     std::set<std::vector<float>> settings;  // no two presets alike
     // Stored times of tempo-synced presets are those at 120 BPM, so a host that
     // gives no tempo still hears the designed rhythm.
-    const std::map<std::string, double> noteAt120 = {{"Quarter", 500.0}, {"8th", 250.0}, {"16th", 125.0}, {"32th", 62.5}};
+    const std::map<std::string, double> noteAt120 = {
+        {"Quarter", 500.0}, {"8th", 250.0}, {"16th", 125.0}, {"32th", 62.5}};
     int synced = 0;
     for (int program = 0; program < 64; program++) {
         const bool listed = program < (int)presets.size();
@@ -106,10 +107,10 @@ TEST_F(FactoryBank, EveryProgramShowsWhatTheTextSaysAndTheRestAreFreshEmptyOnes)
         ASSERT_EQ(plugin.dispatch(effGetProgramNameIndexed, program, 0, name), 1);
         EXPECT_EQ(name, preset.name) << "program " << program;
         plugin.setProgram(program);
-        ASSERT_EQ(plugin.programName(), preset.name);  // make_fxb refuses unknown parameter names
+        ASSERT_EQ(plugin.programName(), preset.name);
         std::vector<float> values;
         for (int index = 0; index < 62; index++) {
-            auto given = preset.values.find(names[index]);
+            auto given = preset.values.find(names[index]);  // make_fxb refuses other keys
             std::string expected = given != preset.values.end() ? ExpectedDisplay(given->second)
                                                                 : FreshDisplay(names[index]);
             EXPECT_EQ(WithoutNegativeZero(plugin.display(index)), WithoutNegativeZero(expected))

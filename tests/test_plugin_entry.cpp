@@ -98,11 +98,7 @@ TEST_F(Dispatcher, FixedAnswers) {
 }
 
 TEST_F(Dispatcher, CanDoIsExactAndCaseSensitive) {
-    auto canDo = [this](const char* text) {
-        char copy[64];
-        std::strcpy(copy, text);
-        return plugin.dispatch(effCanDo, 0, 0, copy);
-    };
+    auto canDo = [this](const char* text) { return plugin.dispatch(effCanDo, 0, 0, const_cast<char*>(text)); };
     for (const char* never : {"sendVstEvents", "sendVstMidiEvent", "receiveVstEvents",
                               "receiveVstMidiEvent", "receiveVstTimeInfo", "offline",
                               "midiProgramNames"})
