@@ -21,6 +21,12 @@ struct Mapping {
     double to, tolerance;  // 0: exact
 };
 
+float RecordSlot(EffectUnderTest& effect, int slot) {
+    float value;
+    std::memcpy(&value, effect.programBytes().data() + 4 * slot, 4);
+    return value;
+}
+
 }  // namespace
 
 TEST(ParamMapping, NormalisedToInternalAndBackAndTheRanges) {
@@ -107,16 +113,6 @@ TEST_F(ParameterTexts, DisplayTexts) {
     EXPECT_EQ(plugin.display(62), "");
 }
 
-namespace {
-
-float RecordSlot(EffectUnderTest& effect, int slot) {
-    float value;
-    std::memcpy(&value, effect.programBytes().data() + 4 * slot, 4);
-    return value;
-}
-
-}  // namespace
-
 // Host automation tells the window, editor controls and typed values tell the
 // host; what each stores, and in which slot of the program record.
 TEST(ParameterPaths, EachPathStoresInItsSlotAndTellsTheOtherSide) {
@@ -132,7 +128,7 @@ TEST(ParameterPaths, EachPathStoresInItsSlotAndTellsTheOtherSide) {
         EXPECT_EQ(RecordSlot(effect, 39 + tap), 1.0f);
     }
     // Tempo settings from the host stay out of the record; from the editor they go in.
-    effect->ProgramToInitial();
+    effect->ProgramToInitial();  // unchanged again: only what follows counts
     effect.calls.clear();
     effect.view.controls.clear();
     effect->setParameter(60, 1.0f);
