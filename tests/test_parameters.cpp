@@ -1,13 +1,14 @@
 // The parameter table: mappings between normalised, internal and display
-// values, names, labels and display texts of all 62 parameters.
+// values, names, labels and display texts of all 62 parameters, and the three
+// ways a value changes (host automation, editor controls, typed values).
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <string>
 
-#include "effect/ATapDelay.h"
 #include "effect/ParamTable.h"
-#include "tests/support/PluginUnderTest.h"
+#include "tests/support/EffectUnderTest.h"
 
 namespace {
 
@@ -20,9 +21,15 @@ struct Mapping {
     double to, tolerance;  // 0: exact
 };
 
+float RecordSlot(EffectUnderTest& effect, int slot) {
+    float value;
+    std::memcpy(&value, effect.programBytes().data() + 4 * slot, 4);
+    return value;
+}
+
 }  // namespace
 
-TEST(ParamMapping, NormalisedToInternalAndBack) {
+TEST(ParamMapping, NormalisedToInternalAndBackAndTheRanges) {
     const Mapping toInternal[] = {
         {1, 0.0f, -59.79, 0.01}, {1, 0.0f, Db((double)0.001f), 1e-4}, {1, 1.0f, 6.0, 0}, {2, 1.0f, 0.0, 0},
         {9, 0.5f, Db(1.999 * 0.5 + 0.001), 1e-4}, {3, 0.5f, 2000.0, 0}, {27, 0.0f, 20.0, 0}, {27, 1.0f, 20000.0, 0},
@@ -42,9 +49,6 @@ TEST(ParamMapping, NormalisedToInternalAndBack) {
         {27, 1000.0f, 980.0 / 19980.0, 1e-7}, {39, 0.0f, 0.5, 0}, {15, 50.0f, 0.5, 0}};
     for (const Mapping& m : toNormalised)
         EXPECT_NEAR(ValToNormalizeValue(m.index, m.from), m.to, m.tolerance) << m.index << " at " << m.from;
-}
-
-TEST(ParamMapping, RangesInInternalUnits) {
     const Mapping ranges[] = {  // index, maximum, minimum and its tolerance
         {1, 6.0f, -59.79, 0.01}, {2, 0.0f, -59.79, 0.01}, {12, 6.0f, -59.79, 0.01},
         {3, 4000.0f, 0.0, 0},    {46, 10.0f, 0.3, 1e-7},  {40, 12.0f, -12.0, 0}};
@@ -73,7 +77,7 @@ TEST_F(ParameterTexts, NamesOfAllParameters) {
         {0, "ON/OFF"},   {1, "Output"},     {2, "Input"},     {57, "FeedBackON/OFF"}, {58, "FeedBack"},
         {59, "Balance"}, {60, "TempoSync"}, {61, "SyncNote"}, {62, ""}};  // outside the table: empty
     for (const auto& [index, name] : others) EXPECT_EQ(plugin.name(index), name) << index;
-    EXPECT_EQ(plugin.label(-3), "");
+    EXPECT_EQ(plugin.text(effGetParamLabel, -3), "");
 }
 
 // One or more texts of every kind of parameter; every value set reads back.
@@ -109,29 +113,94 @@ TEST_F(ParameterTexts, DisplayTexts) {
     EXPECT_EQ(plugin.display(62), "");
 }
 
-// Values only the editor paths reach, checked on the effect object itself.
-TEST(ParameterEditorValues, DisplayValuesForTypedEntry) {
+// Host automation tells the window, editor controls and typed values tell the
+// host; what each stores, and in which slot of the program record.
+TEST(ParameterPaths, EachPathStoresInItsSlotAndTellsTheOtherSide) {
     IsolatedPreferences preferences;
-    ATapDelay effect(nullptr);
-    effect.setParameter(3, 0.25f);  // 1000 ms
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(3), 1000.05f);
-    effect.setParameter(39, 0.0f);  // -12 dB
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(39), -12.05f);
-    effect.setParameter(45, 1.0f);  // Q 10
-    EXPECT_FLOAT_EQ(effect.getParameterDisplayVal(51), 10.0f);  // a filter switch answers its Q
-    effect.setParameter(34, 1.0f);
-    EXPECT_EQ(effect.getParameterDisplayVal(34), 2.0f);  // filter type, unbiased
-    effect.setParameter(22, 1.0f);
-    EXPECT_EQ(effect.getParameterDisplayVal(22), 1.0f);
-    effect.setParameter(61, 0.5f);
-    EXPECT_EQ(effect.getParameterDisplayVal(61), 2.0f);
+    EffectUnderTest effect;
+    // FilterGain k lands in slot 45+k, FilterQ k in 51+k, FilterON/OFF k in 39+k.
+    for (int tap = 0; tap < 6; tap++) {
+        effect->setParameter(39 + tap, 0.1f + tap * 0.01f);
+        effect->setParameter(45 + tap, 0.3f + tap * 0.01f);
+        effect->setParameter(51 + tap, 1.0f);
+        EXPECT_EQ(RecordSlot(effect, 45 + tap), 0.1f + tap * 0.01f);
+        EXPECT_EQ(RecordSlot(effect, 51 + tap), 0.3f + tap * 0.01f);
+        EXPECT_EQ(RecordSlot(effect, 39 + tap), 1.0f);
+    }
+    // Tempo settings from the host stay out of the record; from the editor they go in.
+    effect->ProgramToInitial();  // unchanged again: only what follows counts
+    effect.calls.clear();
+    effect.view.controls.clear();
+    effect->setParameter(60, 1.0f);
+    effect->setParameter(61, 1.0f);
+    EXPECT_EQ(RecordSlot(effect, 60) + RecordSlot(effect, 61), 0.0f);
+    EXPECT_FALSE(effect->IsProgramChanged());
+    EXPECT_TRUE(effect.calls.empty());
+    EXPECT_EQ(effect.view.controls.back(), std::make_pair(61, 1.0f));
+    effect->setParameterFormUI(60, 1.0f);
+    EXPECT_EQ(RecordSlot(effect, 60), 1.0f);
 
+    // A typed value: endEdit, then automation with the resulting normalised value.
+    effect.calls.clear();
+    effect->setParameterFromDiaplay(3, 250.0f);
+    ASSERT_EQ(effect.calls.size(), 2u);
+    EXPECT_EQ(effect.calls[0].opcode, audioMasterEndEdit);
+    EXPECT_EQ(effect.calls[1].opcode, audioMasterAutomate);
+    EXPECT_EQ(effect.calls[1].index, 3);
+    EXPECT_EQ(effect.calls[1].opt, 250.0f / 4000.0f);
+    EXPECT_EQ(effect.view.controls.back(), std::make_pair(3, 250.0f / 4000.0f));
+}
+
+// Typed values work backwards from display units, out of range and NaN are
+// pulled in, and display values are what a typed entry starts from.
+TEST(ParameterPaths, TypedAndOutOfRangeValuesBecomeNormalisedOnesAndBack) {
+    IsolatedPreferences preferences;
+    EffectUnderTest effect;
+    const std::tuple<int, float, float> typed[] = {
+        {1, 12.0f, 1.0f},   {2, 3.0f, 1.0f},  // Input never exceeds unity
+        {15, 25.0f, 0.25f}, {34, 2.0f, 1.0f},  // pan in 0..100, filter type by its index
+        {58, 40.0f, 0.4f},  {4, 99999.0f, 1.0f}, {40, 500.0f, 1.0f}, {46, NAN, 0.0f}};
+    for (const auto& [index, value, normalised] : typed) {
+        effect->setParameterFromDiaplay(index, value);
+        EXPECT_FLOAT_EQ(effect->getParameter(index), normalised) << index;
+    }
+    const std::tuple<int, float, float> automated[] = {{58, 40.0f, 1.0f}, {15, -3.0f, 0.0f}, {46, NAN, 0.0f}};
+    for (const auto& [index, value, normalised] : automated) {
+        effect->setParameter(index, value);
+        EXPECT_EQ(effect->getParameter(index), normalised) << index;
+    }
+
+    // What a typed entry starts from: display values of the editor paths.
+    effect->setParameter(3, 0.25f);  // 1000 ms
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(3), 1000.05f);
+    effect->setParameter(39, 0.0f);  // -12 dB
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(39), -12.05f);
+    effect->setParameter(45, 1.0f);  // Q 10
+    EXPECT_FLOAT_EQ(effect->getParameterDisplayVal(51), 10.0f);  // a filter switch answers its Q
+    effect->setParameter(34, 1.0f);
+    EXPECT_EQ(effect->getParameterDisplayVal(34), 2.0f);  // filter type, unbiased
+    effect->setParameter(22, 1.0f);
+    EXPECT_EQ(effect->getParameterDisplayVal(22), 1.0f);
+    effect->setParameter(61, 0.5f);
+    EXPECT_EQ(effect->getParameterDisplayVal(61), 2.0f);
     // A note index of 4 or more has no name and leaves the caller's text alone.
-    effect.setParameterFormUI(61, 5.0f);
+    effect->setParameterFormUI(61, 5.0f);
     char text[32] = "keep";
-    effect.getParameterDisplay(61, text);
+    effect->getParameterDisplay(61, text);
     EXPECT_STREQ(text, "keep");
-    effect.setParameterFormUI(61, 1.0f);
-    effect.getParameterDisplay(61, text);
-    EXPECT_STREQ(text, "8th");
+    effect->setParameterFormUI(61, 1.0f);
+    EXPECT_EQ(effect.display(61), "8th");
+
+    // Typed switches, tempo settings and indices outside the table change
+    // nothing, but the window and the host still hear the value as passed.
+    std::vector<unsigned char> before = effect.bankBytes();
+    effect.calls.clear();
+    for (int index : {0, 57, 60, 61, 62}) {
+        effect->setParameterFromDiaplay(index, 0.5f);
+        EXPECT_EQ(effect.calls.back().opt, 0.5f) << index;
+    }
+    effect->setParameterFormUI(-4, 0.5f);
+    effect->setParameter(-1, 0.5f);
+    EXPECT_EQ(effect.bankBytes(), before);
+    EXPECT_EQ(effect.callsWithOpcode(audioMasterAutomate).size(), 6u);
 }

@@ -73,8 +73,7 @@ TEST(Chunks, BankRoundTripRestoresEveryProgramAndTheCurrentOne) {
     EXPECT_EQ(reinterpret_cast<ATapDelayProgram*>(saved.data())->currentProgram, 42);
 
     PluginUnderTest restored;
-    std::vector<unsigned char> copy = saved;
-    EXPECT_EQ(restored.dispatch(effSetChunk, 0, 17664, copy.data()), 0);
+    EXPECT_EQ(restored.dispatch(effSetChunk, 0, 17664, saved.data()), 0);
     EXPECT_EQ(restored.program(), 42);
     EXPECT_EQ(restored.programName(), "Program 42");
     void* data = nullptr;
@@ -228,11 +227,6 @@ TEST_F(BankFiles, SaveWritesTheExactFile) {
     EXPECT_EQ(NameOf(effect, 0), "Mine");
     EXPECT_FALSE(effect->IsProgramChanged());
     EXPECT_EQ(effect.display(5), "2000.0");  // values kept
-
-    // The next instance reads it back.
-    EffectUnderTest later(pluginFolder.path());
-    EXPECT_EQ(NameOf(later, 0), "Mine");
-    EXPECT_EQ(later.display(5), "2000.0");
 }
 
 TEST_F(BankFiles, SavingIntoAnotherSlotRevertsTheEditedProgram) {

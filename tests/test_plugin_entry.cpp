@@ -23,12 +23,10 @@ protected:
 
 }  // namespace
 
-TEST(Entry, HostWithoutVersionGetsNoEffect) {
+TEST(Entry, AHostWithoutVersionGetsNoEffectOthersARecordWithTheIdentity) {
     EXPECT_EQ(PluginUnderTest::callEntry(&VersionlessHost), nullptr);
     EXPECT_EQ(g_callsSeen, 1);  // only the version request
-}
 
-TEST(Entry, AEffectRecordCarriesTheIdentity) {
     IsolatedPreferences preferences;
     PluginUnderTest plugin(false);
     AEffect* e = plugin.effect();
@@ -48,27 +46,22 @@ TEST(Entry, AEffectRecordCarriesTheIdentity) {
     EXPECT_EQ(plugin.calls[0].opcode, audioMasterVersion);
     // The effect never asks for MIDI.
     EXPECT_TRUE(plugin.callsWithOpcode(audioMasterWantMidi).empty());
-}
 
-TEST(Entry, HostWritingReservedFieldsChangesNothingAndCloseDeletes) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin;
-    plugin.effect()->resvd1 = (VstIntPtr)0xDEADBEEF;
-    plugin.effect()->resvd2 = -1;
+    // Without a host directory the bank beside the library loads.
+    plugin.directoryAnswer = "";
+    plugin.dispatch(effOpen);
+    EXPECT_NE(plugin.programName(), "Empty");
+    EXPECT_EQ(plugin.callsWithOpcode(audioMasterGetDirectory).size(), 1u);
+
+    // A host writing the reserved fields changes nothing; close deletes.
+    const std::string balance = plugin.display(59);
+    e->resvd1 = (VstIntPtr)0xDEADBEEF;
+    e->resvd2 = -1;
     plugin.prepare();
     std::vector<float> l(64, 0.5f), r(64, 0.5f), ol, orr;
     plugin.processFloat(l, r, ol, orr);
-    EXPECT_EQ(plugin.display(59), "50.0");
+    EXPECT_EQ(plugin.display(59), balance);
     EXPECT_EQ(plugin.close(), 1);  // through the trampoline
-}
-
-TEST(Entry, WithoutAHostDirectoryTheBankBesideTheLibraryLoads) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin(false);
-    plugin.directoryAnswer = "";
-    plugin.dispatch(effOpen);
-    EXPECT_NE(plugin.programName(), "Empty");  // the factory bank of the plug-in folder
-    EXPECT_EQ(plugin.callsWithOpcode(audioMasterGetDirectory).size(), 1u);
 }
 
 TEST_F(Dispatcher, FixedAnswers) {
@@ -105,11 +98,7 @@ TEST_F(Dispatcher, FixedAnswers) {
 }
 
 TEST_F(Dispatcher, CanDoIsExactAndCaseSensitive) {
-    auto canDo = [this](const char* text) {
-        char copy[64];
-        std::strcpy(copy, text);
-        return plugin.dispatch(effCanDo, 0, 0, copy);
-    };
+    auto canDo = [this](const char* text) { return plugin.dispatch(effCanDo, 0, 0, const_cast<char*>(text)); };
     for (const char* never : {"sendVstEvents", "sendVstMidiEvent", "receiveVstEvents",
                               "receiveVstMidiEvent", "receiveVstTimeInfo", "offline",
                               "midiProgramNames"})

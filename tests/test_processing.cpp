@@ -3,9 +3,8 @@
 // sent.
 #include <gtest/gtest.h>
 
-#include "effect/ATapDelay.h"
 #include "tests/BiquadReference.h"
-#include "tests/support/PluginUnderTest.h"
+#include "tests/support/EffectUnderTest.h"
 
 namespace {
 
@@ -29,6 +28,7 @@ protected:
     IsolatedPreferences preferences;
     PluginUnderTest plugin;
 };
+using ProcessingGuards = Processing;
 
 }  // namespace
 
@@ -83,7 +83,6 @@ TEST_F(Processing, BypassAndSuspendPassAudioThroughBitForBit) {
     plugin.dispatch(effMainsChanged, 0, 0);  // suspended: the active flag goes off
     EXPECT_EQ(plugin.getParameter(0), 0.0f);
     EXPECT_EQ(run(left, right), std::make_pair(left, right));
-    EXPECT_EQ(plugin.dispatch(effGetVu), 0);
 }
 
 TEST_F(Processing, SingleAndDoublePrecisionAgree) {
@@ -108,8 +107,7 @@ TEST_F(Processing, SingleAndDoublePrecisionAgree) {
     }
 }
 
-TEST(ProcessingGuards, LongBlocksEqualTheSameAudioInAllowedBlocks) {
-    IsolatedPreferences preferences;
+TEST_F(ProcessingGuards, LongBlocksEqualTheSameAudioInAllowedBlocks) {
     for (int announced : {0, 64, 300}) {
         PluginUnderTest whole, sliced;
         for (PluginUnderTest* p : {&whole, &sliced}) {
@@ -141,10 +139,7 @@ TEST(ProcessingGuards, LongBlocksEqualTheSameAudioInAllowedBlocks) {
     }
 }
 
-TEST(ProcessingGuards, EmptyAndNegativeBlocksAndSampleRatesDoNothing) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin;
-    plugin.prepare();
+TEST_F(ProcessingGuards, EmptyAndNegativeBlocksAndSampleRatesDoNothing) {
     double sample = 0.5;
     double* channels[2] = {&sample, &sample};
     plugin.effect()->processDoubleReplacing(plugin.effect(), channels, channels, 0);
@@ -181,47 +176,38 @@ TEST_F(Processing, SteadyTempoKeepsTheEchoesRinging) {
     EXPECT_GT(std::fabs(heard[11025]), 0.1);
 }
 
-namespace {
-
-VstIntPtr SilentHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
-
-}  // namespace
-
 TEST(Meters, PeaksOfTheLastBlock) {
     IsolatedPreferences preferences;
-    ATapDelay effect(&SilentHost);
-    effect.open();
-    effect.setSampleRate(44100.0f);
-    effect.setBlockSize(256);
-    effect.setParameter(59, 0.0f);  // dry only
-    effect.setParameter(2, 0.5f);
+    EffectUnderTest effect;
+    effect->setSampleRate(44100.0f);
+    effect->setBlockSize(256);
+    effect->setParameter(59, 0.0f);  // dry only
+    effect->setParameter(2, 0.5f);
     const double inputGain = GainOf(0.5f, 1.0), outputGain = GainOf((1.0 - 0.001) / 1.999, 2.0);
     std::vector<double> left(256, 0.1), right(256, -0.2), outLeft(256), outRight(256);
     left[17] = -0.9;
     right[200] = 0.6;
     double* in[2] = {left.data(), right.data()};
     double* out[2] = {outLeft.data(), outRight.data()};
-    EXPECT_EQ(effect.GetProcessCounter(), 0xFFFF);
-    effect.processDoubleReplacing(in, out, 256);
-    EXPECT_EQ(effect.GetProcessCounter(), 0);  // counts on, wrapping
+    EXPECT_EQ(effect->GetProcessCounter(), 0xFFFF);
+    effect->processDoubleReplacing(in, out, 256);
+    EXPECT_EQ(effect->GetProcessCounter(), 0);  // counts on, wrapping
     float inL, inR, outL, outR;
-    effect.GetVU(&inL, &inR, &outL, &outR);
+    effect->GetVU(&inL, &inR, &outL, &outR);
     EXPECT_NEAR(inL, 0.9 * inputGain, 1e-6);
     EXPECT_NEAR(inR, 0.6 * inputGain, 1e-6);
     EXPECT_NEAR(outL, 0.9 * inputGain * outputGain, 1e-6);
     EXPECT_NEAR(outR, 0.6 * inputGain * outputGain, 1e-6);
-    EXPECT_EQ(effect.GetClip(), 0);
+    EXPECT_EQ(effect->GetClip(), 0);
 
     // A full-scale square wave is not reported as clipping either.
     for (int i = 0; i < 256; i++) left[i] = right[i] = (i / 16) % 2 ? 1.0 : -1.0;
-    effect.processDoubleReplacing(in, out, 256);
-    EXPECT_EQ(effect.GetClip(), 0);
+    effect->processDoubleReplacing(in, out, 256);
+    EXPECT_EQ(effect->GetClip(), 0);
 
     // Bypassed blocks leave the meters at zero.
-    effect.suspend();
-    effect.processDoubleReplacing(in, out, 256);
-    effect.GetVU(&inL, &inR, &outL, &outR);
+    effect->suspend();
+    effect->processDoubleReplacing(in, out, 256);
+    effect->GetVU(&inL, &inR, &outL, &outR);
     EXPECT_EQ(inL + inR + outL + outR, 0.0f);
 }

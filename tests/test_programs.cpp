@@ -2,54 +2,35 @@
 // operations between the current, initial and factory banks.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 
 #include "tests/support/EffectUnderTest.h"
 
+// The fresh record is the factory bank's unlisted one, whose every value the
+// factory bank test reads back; here only its name, switches and slots.
 TEST(Programs, FreshBankHas64EmptyProgramsWithOnlyTapZeroOn) {
     IsolatedPreferences preferences;
-    TempFolder emptyPluginFolder;
-    PluginUnderTest plugin(false);
-    plugin.directoryAnswer = emptyPluginFolder.path();  // no bank file anywhere
-    plugin.dispatch(effOpen);
-    void* data = nullptr;
-    ASSERT_EQ(plugin.dispatch(effGetChunk, 0, 0, &data), 17664);
-    for (int program = 0; program < 64; program++) {
-        const ATapDelayProgram& record = static_cast<const ATapDelayProgram*>(data)[program];
-        EXPECT_STREQ(record.name, "Empty");
-        EXPECT_EQ(record.values[21], 1.0f);
-        for (int tap = 1; tap < 6; tap++) EXPECT_EQ(record.values[21 + tap], 0.0f);
-        EXPECT_EQ(record.values[0], 1.0f);
-        EXPECT_EQ(record.values[3], 10.0f / 4000.0f);
-        EXPECT_EQ(record.values[15], 0.5f);
-        EXPECT_EQ(record.values[45], 0.5f);  // FilterGain 0 dB, stored in slot 45
-        EXPECT_FLOAT_EQ(record.values[51], 0.7f / 9.7f);  // FilterQ 1, slot 51
-        EXPECT_EQ(record.values[39], 0.0f);  // FilterON/OFF, slot 39
-        EXPECT_EQ(record.values[59], 0.5f);
-        EXPECT_EQ(record.values[60], 0.0f);
-    }
-    // How the empty programs display is checked with the factory bank's unlisted ones.
-}
+    PluginUnderTest factory(false), plugin;  // the second with an empty plug-in folder
+    factory.directoryAnswer = TAPDELAY_PLUGIN_DIR;
+    factory.dispatch(effOpen);
+    void *fresh = nullptr, *shipped = nullptr;
+    ASSERT_EQ(plugin.dispatch(effGetChunk, 0, 0, &fresh), 17664);
+    factory.dispatch(effGetChunk, 0, 0, &shipped);
+    const auto* bank = static_cast<const ATapDelayProgram*>(fresh);
+    const ATapDelayProgram& unlisted = static_cast<const ATapDelayProgram*>(shipped)[63];
+    EXPECT_STREQ(unlisted.name, "Empty");
+    for (int tap = 0; tap < 6; tap++) EXPECT_EQ(unlisted.values[21 + tap], tap == 0 ? 1.0f : 0.0f);
+    EXPECT_EQ(unlisted.values[45], 0.5f);  // FilterGain 0 dB, stored in slot 45
+    EXPECT_EQ(unlisted.values[39], 0.0f);  // FilterON/OFF, slot 39
+    for (int program = 0; program < 64; program++)
+        EXPECT_EQ(std::memcmp(&bank[program], &unlisted, offsetof(ATapDelayProgram, currentProgram)), 0) << program;
 
-TEST(Programs, SelectingAProgramLoadsItsValues) {
-    IsolatedPreferences preferences;
-    PluginUnderTest plugin;
+    // Names are cut to 23 characters. (Selecting programs is walked by the
+    // factory bank test, keeping edits across a switch by the chunk round trip.)
     plugin.setProgram(7);
-    plugin.setParameter(3, 0.1f);
-    plugin.setParameter(33, 1.0f);
-    plugin.setParameter(58, 0.3f);
-    plugin.setProgram(8);
-    EXPECT_EQ(plugin.display(3), "10.0");
-    EXPECT_EQ(plugin.display(33), "L-SH");
-    plugin.setProgram(7);
-    EXPECT_EQ(plugin.display(3), "400.0");
-    EXPECT_EQ(plugin.display(33), "H-SH");
-    EXPECT_EQ(plugin.display(58), "30.0");
-    EXPECT_EQ(plugin.program(), 7);
-
-    char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";  // cut to 23 characters
+    char longName[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcd";
     plugin.dispatch(effSetProgramName, 0, 0, longName);
-    EXPECT_EQ(plugin.programName(), "ABCDEFGHIJKLMNOPQRSTUVW");
     EXPECT_EQ(plugin.text(effGetProgramNameIndexed, 7), "ABCDEFGHIJKLMNOPQRSTUVW");
 }
 
@@ -72,16 +53,10 @@ TEST_F(ProgramOperations, ChangeDetectionComparesValuesOnly) {
     effect->setParameter(40, 0.2f);
     EXPECT_TRUE(effect->IsProgramChanged());
 
-    effect.calls.clear();
-    effect.view.modifies = 0;
     effect->ProgramToInitial();
-    EXPECT_FALSE(effect->IsProgramChanged());
-    EXPECT_EQ(effect.display(40), "0.0");
     char current[64];
     effect->getProgramName(current);
     EXPECT_STREQ(current, "Empty");  // the whole record returns, name included
-    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
-    EXPECT_EQ(effect.view.modifies, 1);
 }
 
 TEST_F(ProgramOperations, RevertingAllProgramsThenAFactoryResetOfOne) {
@@ -122,20 +97,14 @@ TEST_F(ProgramOperations, CopyFromAnotherProgram) {
     effect->setProgramName(name);
     effect->setProgram(9);
     effect.calls.clear();
+    effect.view.controls.clear();
     effect->CopyPgFrom(2);
     EXPECT_EQ(effect->getProgram(), 9);
     EXPECT_EQ(effect.display(5), "800.0");
     char current[64];
     effect->getProgramName(current);
     EXPECT_STREQ(current, "Source");
-    EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
-
-    // Copying the current program onto itself still reloads and tells the host.
-    effect.calls.clear();
-    effect.view.controls.clear();
-    effect->CopyPgFrom(9);
-    EXPECT_EQ(effect.display(5), "800.0");
-    EXPECT_EQ(effect.view.controls.size(), 62u);
+    EXPECT_EQ(effect.view.controls.size(), 62u);  // the window and the host are told
     EXPECT_EQ(effect.callsWithOpcode(audioMasterUpdateDisplay).size(), 1u);
 
     effect->CopyPgFrom(-1);  // not a program: only the reload happens

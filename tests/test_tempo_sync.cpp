@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <cmath>
 #include <limits>
 #include <ostream>
 #include <string>
@@ -69,7 +68,6 @@ TEST_P(TempoSource, TapTimes) {
     plugin.timeInfo.flags = host.flags;
     plugin.timeInfo.sampleRate = 44100.0;
     plugin.tempoAnswer = host.tempoAt;
-    for (int tap = 0; tap < 6; tap++) ASSERT_EQ(plugin.display(3 + tap), "10.0");
     plugin.clearCalls();
     std::vector<double> left(256, 0.0), right(256, 0.0), outLeft, outRight;
     plugin.processDouble(left, right, outLeft, outRight);

@@ -74,7 +74,7 @@ VstIntPtr PluginUnderTest::answer(VstInt32 opcode, VstInt32 index, VstIntPtr val
         calls.push_back({opcode, index, value, opt});
     }
     switch (opcode) {
-        case audioMasterVersion: return versionAnswer;
+        case audioMasterVersion: return 2400;
         case audioMasterTempoAt: return tempoAnswer;
         case audioMasterGetTime: return timeInfoGiven ? (VstIntPtr)&timeInfo : 0;
         case audioMasterGetDirectory:

@@ -38,7 +38,6 @@ public:
     std::string text(VstInt32 opcode, int index = 0);
     std::string display(int index) { return text(effGetParamDisplay, index); }
     std::string name(int index) { return text(effGetParamName, index); }
-    std::string label(int index) { return text(effGetParamLabel, index); }
     std::string programName() { return text(effGetProgramName); }
     int program() { return (int)dispatch(effGetProgram); }
     void setProgram(int program) { dispatch(effSetProgram, 0, program); }
@@ -61,7 +60,6 @@ public:
         timeInfo.flags = kVstTempoValid;
         timeInfo.tempo = bpm;
     }
-    VstIntPtr versionAnswer = 2400; // answer to audioMasterVersion
     // Answer to audioMasterGetDirectory ("" = none, so the plug-in finds its own
     // folder with the factory bank). By default an empty folder: a fresh bank.
     std::string directoryAnswer = EmptyPluginFolder();
