@@ -23,12 +23,14 @@ export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
 
 LAUNCHER=()
 command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-cmake -S . -B "$FOLDER" -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
+# A fresh folder: notes of objects no longer built (a removed file, files
+# now compiled in unity batches) would be merged with the live ones.
+rm -rf "$FOLDER"
+cmake -S . -B "$FOLDER" -G Ninja -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
   -DCMAKE_CXX_FLAGS=--coverage -DCMAKE_EXE_LINKER_FLAGS=--coverage \
   -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage >/dev/null
-# Counts start from zero (the build's test discovery runs the programs too).
-[ -d "$FOLDER" ] && find "$FOLDER" -name '*.gcda' -delete
 cmake --build "$FOLDER" -j"$JOBS"
+# Counts start from zero (the build's test discovery runs the programs too).
 find "$FOLDER" -name '*.gcda' -delete
 ctest --test-dir "$FOLDER" -j"$JOBS" > "$FOLDER/ctest.log" || true
 grep -E 'tests passed' "$FOLDER/ctest.log"
