@@ -1,6 +1,6 @@
 // One thread processes audio while another changes parameters and programs,
 // takes chunks and reads displays, as hosts do. Run under ThreadSanitizer in
-// CI; everywhere else it checks that the audio stays finite.
+// CI; everywhere the audio must stay finite and each block one program's.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -71,4 +71,48 @@ TEST(Concurrency, AudioThreadAndUserInterfaceThreadTogether) {
     audio.join();
     EXPECT_GT(blocks.load(), 0);
     EXPECT_TRUE(finite.load());
+}
+
+// A program change replays every parameter; the audio thread must take all
+// of them or none, so each block sounds like one program. Dry signal only
+// (taps off, balance 0): a block's level is its input gain times its output
+// gain, and a block mixing the two programs has a level of neither.
+TEST(Concurrency, BlocksNeverMixTwoPrograms) {
+    IsolatedPreferences preferences;
+    PluginUnderTest plugin;
+    plugin.prepare(48000.0f, 64);
+    const float gains[2][2] = {{1.0f, 1.0f}, {0.5f, 0.25f}};  // input, output
+    for (int program = 0; program < 2; program++) {
+        plugin.setProgram(program);
+        for (int index = 21; index <= 26; index++) plugin.setParameter(index, 0.0f);
+        plugin.setParameter(59, 0.0f);
+        plugin.setParameter(60, 0.0f);
+        plugin.setParameter(2, gains[program][0]);
+        plugin.setParameter(1, gains[program][1]);
+    }
+    std::vector<float> left(64, 0.5f), right(64, 0.5f), outLeft, outRight;
+    float levels[2];
+    for (int program = 0; program < 2; program++) {
+        plugin.setProgram(program);
+        plugin.processFloat(left, right, outLeft, outRight);
+        levels[program] = outLeft[0];
+    }
+    ASSERT_NE(levels[0], levels[1]);
+
+    std::atomic<bool> done{false};
+    std::thread changer([&] {
+        for (int round = 0; round < 20000; round++) plugin.setProgram(round % 2);
+        done = true;
+    });
+    int blocks = 0, mixed = 0;
+    while (!done.load() || blocks < 100) {
+        std::fill(left.begin(), left.end(), 0.5f);
+        std::fill(right.begin(), right.end(), 0.5f);
+        plugin.processFloat(left, right, outLeft, outRight);
+        for (float sample : outLeft)
+            if (sample != levels[0] && sample != levels[1]) mixed++;
+        blocks++;
+    }
+    changer.join();
+    EXPECT_EQ(mixed, 0) << "in " << blocks << " blocks";
 }
