@@ -25,9 +25,9 @@ LAUNCHER=()
 command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 # A fresh folder: notes of objects no longer built (a removed file, files
 # now compiled in unity batches) would be merged with the live ones.
+rm -rf "$FOLDER"
 # Atomic counters: the tests run threads, and racing increments leave
 # negative branch counts that gcovr refuses to parse.
-rm -rf "$FOLDER"
 cmake -S . -B "$FOLDER" -G Ninja -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
   -DCMAKE_CXX_FLAGS='--coverage -fprofile-update=atomic' -DCMAKE_EXE_LINKER_FLAGS=--coverage \
   -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage >/dev/null
