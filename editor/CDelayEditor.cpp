@@ -128,6 +128,12 @@ void CDelayEditor::idle() {
     inIdle = false;
 }
 
+int CDelayEditor::EventFd() const {
+    UIConnection* connection = window ? parentFrame.GetConnection() : nullptr;
+    NativeDisplay* display = connection ? connection->Display() : nullptr;
+    return display ? display->EventFd() : -1;
+}
+
 void CDelayEditor::ShowRecordedChanges() {
     uint64_t changed = changes.TakeParameters();
     ATapDelay* tapDelay = static_cast<ATapDelay*>(effect);

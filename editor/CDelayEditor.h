@@ -41,6 +41,9 @@ public:
     void UpdateModify() override;
 
     CUIWindow* GetWindow() const { return window; }
+    // While open: the descriptor of the editor's display connection, for
+    // hosts that call idle when it is readable; -1 when there is none.
+    int EventFd() const;
 
     // The editor's size: 1, 1.5 or 2 times its 800 x 360 layout. SetScale is
     // the host's word (a VST host's vendor call, an LV2 host's scale

@@ -11,6 +11,7 @@
 #include "effect/ParamTable.h"
 #include "host/AudioEffectX.h"
 #include "toolkit/CCriticalSection.h"
+#include "TapDelayVersion.h"
 
 // What the effect tells the open editor window; null while no window is open.
 class IEditorView {
@@ -80,7 +81,7 @@ public:
     bool getEffectName(char* name) override;
     bool getVendorString(char* text) override;
     bool getProductString(char* text) override;
-    VstInt32 getVendorVersion() override { return 1000; }
+    VstInt32 getVendorVersion() override { return TAPDELAY_VERSION_INT; }
     VstInt32 canDo(char* text) override;
     VstPlugCategory getPlugCategory() override { return kPlugCategEffect; }
 

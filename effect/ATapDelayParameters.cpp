@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "effect/ATapDelay.h"
-#include "toolkit/TextConvert.h"
 
 namespace {
 
@@ -46,21 +45,7 @@ void ATapDelay::getParameterDisplay(VstInt32 index, char* text) {
         *text = 0;
         return;
     }
-    if (IsSwitchParam(index)) {
-        std::strcpy(text, params[index] == 1.0f ? "ON" : "OFF");
-    } else if (index == kParamOutput || index == kParamInput) {
-        std::sprintf(text, "%.1f", internal[index].load());
-        if (stricmp(text, "-0.0") == 0) std::strcpy(text, "0.0");
-    } else if (InGroup(index, kParamFilterType)) {
-        float type = internal[index];
-        std::strcpy(text, type == 0.0f ? "L-SH" : type == 2.0f ? "H-SH" : "PK");
-    } else if (index == kParamSyncNote) {
-        // A note index of 4 or more has no name: the caller's text stays as it was.
-        float note = internal[index];
-        if (note < 4.0f && note >= 0.0f) std::strcpy(text, szNote[(int)note]);
-    } else {
-        std::sprintf(text, "%.1f", internal[index].load());
-    }
+    FormatDisplayText(index, params[index], internal[index], text);
 }
 
 float ATapDelay::getParameterDisplayVal(int index) {

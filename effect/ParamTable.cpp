@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -138,4 +139,22 @@ void GetParamName(int index, char* text) {
         std::sprintf(text, "%s", kTailNames[index - kParamFeedBackOnOff]);
     else
         std::sprintf(text, kTapGroups[(index - kParamDelayTime) / kNumTaps], TapOfParam(index));
+}
+
+void FormatDisplayText(int index, float normalised, float internalValue, char* text) {
+    if (IsSwitchParam(index)) {
+        std::strcpy(text, normalised == 1.0f ? "ON" : "OFF");
+    } else if (index == kParamOutput || index == kParamInput) {
+        std::sprintf(text, "%.1f", internalValue);
+        if (std::strcmp(text, "-0.0") == 0) std::strcpy(text, "0.0");
+    } else if (index >= kParamFilterType && index < kParamFilterType + kNumTaps) {
+        float type = internalValue;
+        std::strcpy(text, type == 0.0f ? "L-SH" : type == 2.0f ? "H-SH" : "PK");
+    } else if (index == kParamSyncNote) {
+        // A note index of 4 or more has no name: the caller's text stays as it was.
+        float note = internalValue;
+        if (note < 4.0f && note >= 0.0f) std::strcpy(text, szNote[(int)note]);
+    } else {
+        std::sprintf(text, "%.1f", internalValue);
+    }
 }

@@ -55,6 +55,11 @@ float LinearToDb(float linear);
 // The reverse, limited to [minimum, maximum].
 float DbToLinear(float dB, float minimum, float maximum);
 
+// The text shown for a value: "ON"/"OFF" for switches (on only at exactly
+// 1), the filter type or note name, else the internal value to one decimal.
+// A note index with no name leaves text as it was.
+void FormatDisplayText(int index, float normalised, float internalValue, char* text);
+
 bool IsGainParam(int index);    // Output, Input and the six tap gains
 bool IsSwitchParam(int index);  // shown as "ON" / "OFF"
 inline bool IsValidParam(int index) { return index >= 0 && index < kNumParams; }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cmath>
 
 #include "host/AudioEffectX.h"
@@ -17,12 +18,16 @@ bool IsFolder(const char* path) {
     return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Any address inside this library tells dladdr which file it was loaded from.
+// Any address inside this library tells dladdr which file it was loaded from;
+// a host may have loaded it through a symbolic link (users link plug-ins into
+// ~/.vst), so the link is followed to where the resources lie beside it.
 std::string LoadedLibraryFolder() {
     Dl_info info;
     if (!dladdr(reinterpret_cast<void*>(&LoadedLibraryFolder), &info) || !info.dli_fname)
         return "";
-    std::string file = info.dli_fname;
+    char* real = realpath(info.dli_fname, nullptr);
+    std::string file = real ? real : info.dli_fname;
+    std::free(real);
     size_t slash = file.find_last_of('/');
     return slash != std::string::npos ? file.substr(0, slash + 1) : "./";
 }

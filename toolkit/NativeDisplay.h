@@ -116,6 +116,9 @@ public:
     virtual void Wake() = 0;
     // Sends buffered requests to the windowing system.
     virtual void Flush() = 0;
+    // The descriptor that becomes readable when events arrive, for hosts that
+    // run the editor from their own loop; -1 when there is none.
+    virtual int EventFd() const { return -1; }
 };
 
 // How the toolkit opens a connection. The default factory opens the X11

@@ -20,13 +20,14 @@
 #include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
-#include "lv2/TapDelayLv2.h"
+#include "formats/lv2/TapDelayLv2.h"
 #include "tests/support/TempFolder.h"
 
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 
-using namespace PortUnits;
+using namespace DisplayUnits;
+using namespace PortLayout;
 
 namespace {
 
@@ -116,7 +117,7 @@ public:
     // What a host does when the UI reports the editor's program change.
     void PortsFollowEffect() {
         for (int index = 0; index < kNumParams; index++)
-            controls[kFirstParam + index] = ToPort(index, Effect()->getParameter(index));
+            controls[kFirstParam + index] = ToDisplay(index, Effect()->getParameter(index));
     }
     std::string Display(int index) {
         char text[64] = "";
@@ -319,7 +320,7 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     }
     EXPECT_EQ(state.written[kFirstParam + kParamDelayOnOff], 0.0f);
     EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], 1000.0f);
-    EXPECT_EQ(state.written[kFirstParam + kParamDelayGain], ToPort(kParamDelayGain, 0.2f));
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayGain], ToDisplay(kParamDelayGain, 0.2f));
     // A change from the host reaches the editor's controls without a write back.
     state.written.clear();
     float gain = -12.0f;
@@ -329,8 +330,8 @@ TEST(Lv2Host, EditorClicksWriteThePortValues) {
     // A program chosen in the editor changes the effect alone: the ports follow.
     instance.Effect()->setProgram(instance.Effect()->getProgram() + 1);
     idleFor(100);
-    EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], ToPort(kParamDelayTime, instance.Effect()->getParameter(kParamDelayTime)));
-    EXPECT_EQ(state.written[kFirstParam + kParamOutput], ToPort(kParamOutput, instance.Effect()->getParameter(kParamOutput)));
+    EXPECT_EQ(state.written[kFirstParam + kParamDelayTime], ToDisplay(kParamDelayTime, instance.Effect()->getParameter(kParamDelayTime)));
+    EXPECT_EQ(state.written[kFirstParam + kParamOutput], ToDisplay(kParamOutput, instance.Effect()->getParameter(kParamOutput)));
     descriptor->cleanup(ui);
 
     // A host's ui:scaleFactor of 2 opens the editor at 200 %.

@@ -46,6 +46,7 @@ public:
     bool NextEvent(NativeEvent& event, int timeoutMs) override;
     void Wake() override;
     void Flush() override;
+    int EventFd() const override;
 
 private:
     enum class WindowKind { Child, Popup, TopLevel };

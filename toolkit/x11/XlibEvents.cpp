@@ -79,6 +79,8 @@ void XlibDisplay::DrainWake() {
     (void)!read(m_wakeFd, &count, sizeof count);
 }
 
+int XlibDisplay::EventFd() const { return Usable() ? ConnectionNumber(m_display) : -1; }
+
 void XlibDisplay::Flush() {
     if (Usable()) XFlush(m_display);
 }

@@ -1,4 +1,4 @@
-#include "lv2/TapDelayLv2.h"
+#include "formats/lv2/TapDelayLv2.h"
 
 #include <cmath>
 #include <cstring>
@@ -9,7 +9,10 @@
 #include <lv2/state/state.h>
 #include <lv2/time/time.h>
 
-using namespace PortUnits;
+#include "formats/shared/BankState.h"
+
+using namespace DisplayUnits;
+using namespace PortLayout;
 
 namespace {
 
@@ -19,7 +22,7 @@ bool SameValue(float a, float b) { return a == b || (a != a && b != b); }
 
 TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
                          const LV2_Feature* const* features)
-    : bundle(bundlePath ? bundlePath : "") {
+    : host(new EffectHost(bundlePath ? bundlePath : "")), effect(&host->Effect()) {
     // Without a URID map (a plain command-line host) there is no time input
     // and no state: every URID stays 0, which matches nothing.
     map = static_cast<LV2_URID_Map*>(const_cast<void*>(FindFeature(features, LV2_URID__map)));
@@ -33,12 +36,7 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     uri.timePosition = m(LV2_TIME__Position);
     uri.timeBeatsPerMinute = m(LV2_TIME__beatsPerMinute);
     uri.bank = m(TAPDELAY_LV2_BANK_URI);
-    if (!bundle.empty() && bundle.back() != '/') bundle += '/';
-
-    effect = new ATapDelay(&HostCallback);
-    effect->getAeffect()->user = this;
-    effect->open();  // finds the factory bank in the bundle
-    effect->setSampleRate((float)sampleRate);
+    host->SetSampleRate(sampleRate);
 
     // The largest block the host will run, when it says.
     auto* options = static_cast<const LV2_Options_Option*>(FindFeature(features, LV2_OPTIONS__options));
@@ -46,17 +44,13 @@ TapDelayLv2::TapDelayLv2(double sampleRate, const char* bundlePath,
     for (int i = 0; options && options[i].key; i++)
         if (map && options[i].key == maxBlock && options[i].type == uri.atomInt)
             effect->setBlockSize(*static_cast<const int32_t*>(options[i].value));
-    timeInfo.sampleRate = sampleRate;
     NoteEffectParameters();
 }
 
-TapDelayLv2::~TapDelayLv2() {
-    if (effect) effect->close();
-    delete effect;
-}
+TapDelayLv2::~TapDelayLv2() = default;
 
 void TapDelayLv2::NoteEffectParameters() {
-    for (int i = 0; i < kNumParams; i++) applied[i] = ToPort(i, effect->getParameter(i));
+    for (int i = 0; i < kNumParams; i++) applied[i] = ToDisplay(i, effect->getParameter(i));
 }
 
 void TapDelayLv2::Connect(uint32_t port, void* data) {
@@ -87,11 +81,8 @@ void TapDelayLv2::ReadTimeEvents() {
         double tempo = 0.0;
         if (bpm->type == uri.atomFloat) tempo = reinterpret_cast<const LV2_Atom_Float*>(bpm)->body;
         if (bpm->type == uri.atomDouble) tempo = reinterpret_cast<const LV2_Atom_Double*>(bpm)->body;
-        if (tempo > 0.0 && std::isfinite(tempo)) {
-            timeInfo.tempo = tempo;
-            timeInfo.flags = kVstTempoValid;
-            tempoKnown = true;
-        }
+        // A position without a usable tempo leaves the last one standing.
+        if (tempo > 0.0 && std::isfinite(tempo)) host->SetTempo(tempo);
     }
 }
 
@@ -123,37 +114,9 @@ bool TapDelayLv2::SaveBank(LV2_State_Store_Function store, LV2_State_Handle hand
 }
 
 bool TapDelayLv2::RestoreBank(const void* data, size_t size) {
-    if (!data || size != (size_t)kBankBytes) return false;
-    effect->setChunk(const_cast<void*>(data), (VstInt32)size, false);
+    if (!BankState::RestoreBank(*effect, data, size)) return false;
     NoteEffectParameters();
     return true;
-}
-
-VstIntPtr TapDelayLv2::HostCallback(AEffect* aeffect, VstInt32 opcode, VstInt32 index,
-                                    VstIntPtr value, void* ptr, float opt) {
-    auto* self = aeffect ? static_cast<TapDelayLv2*>(aeffect->user) : nullptr;
-    if (self) return self->Answer(opcode, index, value, ptr, opt);
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
-
-VstIntPtr TapDelayLv2::Answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
-                              float opt) {
-    switch (opcode) {
-    case audioMasterVersion:
-        return 2400;
-    case audioMasterGetDirectory:
-        return (VstIntPtr)bundle.c_str();
-    case audioMasterGetTime:
-        return tempoKnown ? (VstIntPtr)&timeInfo : 0;
-    case audioMasterAutomate:
-        if (Lv2UiLink* link = uiLink.load()) link->ParameterMoved(index, opt);
-        return 0;
-    case audioMasterSizeWindow:
-        if (Lv2UiLink* link = uiLink.load()) return link->SizeRequested(index, (int)value) ? 1 : 0;
-        return 0;
-    default:
-        return 0;
-    }
 }
 
 // --- the LV2 entry points ----------------------------------------------------------
@@ -162,10 +125,7 @@ namespace {
 
 LV2_Handle Instantiate(const LV2_Descriptor*, double rate, const char* bundlePath,
                        const LV2_Feature* const* features) {
-    auto* plugin = new TapDelayLv2(rate, bundlePath, features);
-    if (plugin->Valid()) return plugin;
-    delete plugin;
-    return nullptr;
+    return new TapDelayLv2(rate, bundlePath, features);
 }
 
 TapDelayLv2* Self(LV2_Handle handle) { return static_cast<TapDelayLv2*>(handle); }

@@ -1,11 +1,9 @@
-// The LV2 plug-in instance: an ATapDelay behind the LV2 ports, answering the
-// effect's host callbacks itself (the bundle folder, the tempo from the last
-// time:Position, editor automation handed to the UI).
+// The LV2 plug-in instance: the effect behind the LV2 ports, its tempo from
+// the last time:Position, its state the bank.
 #pragma once
 
-#include <atomic>
 #include <cstring>
-#include <string>
+#include <memory>
 
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
@@ -13,7 +11,9 @@
 #include <lv2/urid/urid.h>
 
 #include "effect/ATapDelay.h"
-#include "lv2/PortUnits.h"
+#include "formats/shared/EffectHost.h"
+#include "formats/lv2/PortLayout.h"
+#include "formats/shared/DisplayUnits.h"
 
 #define TAPDELAY_LV2_URI "urn:tapdelay:lv2:TapDelay"
 #define TAPDELAY_LV2_UI_URI TAPDELAY_LV2_URI "#ui"
@@ -26,19 +26,10 @@ inline const void* FindFeature(const LV2_Feature* const* features, const char* u
     return nullptr;
 }
 
-// Where the editor's automation goes (the UI's write_function), and its
-// requests for a new size (the host's ui:resize).
-struct Lv2UiLink {
-    virtual ~Lv2UiLink() = default;
-    virtual void ParameterMoved(int index, float normalised) = 0;
-    virtual bool SizeRequested(int width, int height) = 0;
-};
-
 class TapDelayLv2 {
 public:
     TapDelayLv2(double sampleRate, const char* bundlePath, const LV2_Feature* const* features);
     ~TapDelayLv2();
-    bool Valid() const { return effect != nullptr; }
 
     void Connect(uint32_t port, void* data);
     void Activate();
@@ -49,18 +40,15 @@ public:
     bool RestoreBank(const void* data, size_t size);
 
     LV2_URID BankKey() const { return uri.bank; }
-    ATapDelay* Effect() { return effect; }
-    void SetUiLink(Lv2UiLink* link) { uiLink.store(link); }
+    EffectHost& Host() { return *host; }
+    ATapDelay* Effect() { return &host->Effect(); }
 
 private:
-    static VstIntPtr HostCallback(AEffect* aeffect, VstInt32 opcode, VstInt32 index,
-                                  VstIntPtr value, void* ptr, float opt);
-    VstIntPtr Answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
     void ReadTimeEvents();
     void NoteEffectParameters();
 
+    std::unique_ptr<EffectHost> host;
     ATapDelay* effect = nullptr;
-    std::string bundle;
     LV2_URID_Map* map = nullptr;
     struct {
         LV2_URID atomBlank, atomObject, atomFloat, atomDouble, atomInt, atomChunk;
@@ -68,11 +56,8 @@ private:
     } uri{};
     float* audio[4] = {};
     const float* controls[kNumParams] = {};
-    float* meters[PortUnits::kNumMeters] = {};
+    float* meters[PortLayout::kNumMeters] = {};
     const LV2_Atom_Sequence* timeIn = nullptr;
     // The port values last handed to the effect (in port units).
     float applied[kNumParams] = {};
-    VstTimeInfo timeInfo{};
-    bool tempoKnown = false;
-    std::atomic<Lv2UiLink*> uiLink{nullptr};
 };

@@ -1,8 +1,8 @@
-#include "lv2/PortUnits.h"
+#include "formats/shared/DisplayUnits.h"
 
 #include <cmath>
 
-namespace PortUnits {
+namespace DisplayUnits {
 
 namespace {
 
@@ -33,42 +33,42 @@ bool IsEnumeration(int index) { return InGroup(index, kParamFilterType) || index
 
 void Range(int index, float* minimum, float* maximum) { GetParamMinMax(index, minimum, maximum); }
 
-float ToNormalised(int index, float portValue) {
+float ToNormalised(int index, float value) {
     if (!IsValidParam(index)) return 0.0f;
     float minimum, maximum;
     Range(index, &minimum, &maximum);
-    if (!(portValue >= minimum)) portValue = minimum;  // NaN too
-    if (portValue > maximum) portValue = maximum;
-    if (IsSwitchParam(index)) return portValue >= 0.5f ? 1.0f : 0.0f;
-    if (IsEnumeration(index)) return ValToNormalizeValue(index, std::floor(portValue + 0.5f));
+    if (!(value >= minimum)) value = minimum;  // NaN too
+    if (value > maximum) value = maximum;
+    if (IsSwitchParam(index)) return value >= 0.5f ? 1.0f : 0.0f;
+    if (IsEnumeration(index)) return ValToNormalizeValue(index, std::floor(value + 0.5f));
     if (IsGainParam(index))
-        return ValToNormalizeValue(index, DbToLinear(portValue, 0.001f, GainCeiling(index)));
-    return ValToNormalizeValue(index, portValue);
+        return ValToNormalizeValue(index, DbToLinear(value, 0.001f, GainCeiling(index)));
+    return ValToNormalizeValue(index, value);
 }
 
-float ToPort(int index, float normalised) {
+float ToDisplay(int index, float normalised) {
     if (!IsValidParam(index)) return 0.0f;
     if (IsSwitchParam(index)) return normalised >= 0.5f ? 1.0f : 0.0f;
     return NormalizeValToInternalVal(index, normalised);
 }
 
-bool ExactPortValue(int index, float normalised, float* portValue) {
-    float start = ToPort(index, normalised);
+bool ExactDisplayValue(int index, float normalised, float* value) {
+    float start = ToDisplay(index, normalised);
     float up = start, down = start;
     for (int step = 0; step < 64; step++) {
         if (ToNormalised(index, up) == normalised) {
-            *portValue = up;
+            *value = up;
             return true;
         }
         if (ToNormalised(index, down) == normalised) {
-            *portValue = down;
+            *value = down;
             return true;
         }
         up = std::nextafter(up, INFINITY);
         down = std::nextafter(down, -INFINITY);
     }
-    *portValue = start;
+    *value = start;
     return false;
 }
 
-}  // namespace PortUnits
+}  // namespace DisplayUnits

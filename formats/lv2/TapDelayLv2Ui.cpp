@@ -11,10 +11,11 @@
 #include <lv2/urid/urid.h>
 
 #include "editor/CDelayEditor.h"
-#include "editor/CUIWindow.h"
-#include "lv2/TapDelayLv2.h"
+#include "formats/lv2/TapDelayLv2.h"
+#include "formats/shared/EmbeddedEditor.h"
 
-using namespace PortUnits;
+using namespace DisplayUnits;
+using namespace PortLayout;
 
 namespace {
 
@@ -34,62 +35,54 @@ float HostScale(const LV2_Feature* const* features) {
     return 0.0f;
 }
 
-class TapDelayLv2Ui : public Lv2UiLink {
+class TapDelayLv2Ui : public EffectListener {
 public:
     TapDelayLv2Ui(TapDelayLv2* plugin, LV2UI_Write_Function write, LV2UI_Controller controller)
-        : plugin(plugin), write(write), controller(controller) {}
+        : plugin(plugin), editor(plugin->Host()), write(write), controller(controller) {}
 
     ~TapDelayLv2Ui() override {
-        plugin->SetUiLink(nullptr);
-        if (editor) editor->close();
+        plugin->Host().SetListener(nullptr);
+        editor.Close();
     }
 
     bool Open(uintptr_t parent, float scale, const LV2UI_Resize* resize, LV2UI_Widget* widget) {
-        editor = static_cast<CDelayEditor*>(plugin->Effect()->getEditor());
-        if (!editor) return false;
         this->resize = resize;
-        if (scale > 0.0f) editor->SetScale(scale);
-        if (!editor->open(reinterpret_cast<void*>(parent))) {
-            editor = nullptr;
-            return false;
-        }
-        ERect* rect = nullptr;
-        if (resize && editor->getRect(&rect) && rect)
-            resize->ui_resize(resize->handle, rect->right - rect->left, rect->bottom - rect->top);
-        *widget = reinterpret_cast<LV2UI_Widget>(editor->GetWindow()->GetNativeWindow());
+        if (scale > 0.0f) editor.SetScale(scale);
+        if (!editor.Open(parent)) return false;
+        int width = 0, height = 0;
+        editor.GetSize(&width, &height);
+        if (resize) resize->ui_resize(resize->handle, width, height);
+        *widget = reinterpret_cast<LV2UI_Widget>(editor.Window());
         for (int index = 0; index < kNumParams; index++)
-            hostPorts[index] = effectPorts[index] = ToPort(index, plugin->Effect()->getParameter(index));
-        plugin->SetUiLink(this);
+            hostPorts[index] = effectPorts[index] = ToDisplay(index, plugin->Effect()->getParameter(index));
+        plugin->Host().SetListener(this);
         return true;
     }
 
     // The editor's Size menu asks for its new size through the host callback.
-    bool SizeRequested(int width, int height) override {
+    bool ResizeRequested(int width, int height) override {
         return resize && resize->ui_resize(resize->handle, width, height) == 0;
     }
 
-    void ParameterMoved(int index, float normalised) override {
-        if (!IsValidParam(index)) return;
-        WritePort(index, ToPort(index, normalised));
-    }
+    void Edited(int index, float normalised) override { WritePort(index, ToDisplay(index, normalised)); }
 
     void PortEvent(uint32_t port, uint32_t size, uint32_t format, const void* buffer) {
         int index = (int)port - kFirstParam;
-        if (format != 0 || size != sizeof(float) || !IsValidParam(index) || !editor) return;
+        if (format != 0 || size != sizeof(float) || !IsValidParam(index) || !editor.IsOpen()) return;
         float value = *static_cast<const float*>(buffer);
         hostPorts[index] = value;
-        static_cast<IEditorView*>(editor)->UpdateControl(index, ToNormalised(index, value));
+        plugin->Host().Editor().UpdateControl(index, ToNormalised(index, value));
     }
 
     int Idle() {
-        if (!editor) return 0;
-        editor->idle();
+        if (!editor.IsOpen()) return 0;
+        editor.Idle();
         // Programs chosen in the editor and taps moved by tempo sync change the
         // effect without automation: the host's ports are brought along. Only
         // the effect's own changes count, so a host change on its way to the
         // effect is never written back.
         for (int index = 0; index < kNumParams; index++) {
-            float value = ToPort(index, plugin->Effect()->getParameter(index));
+            float value = ToDisplay(index, plugin->Effect()->getParameter(index));
             if (value == effectPorts[index]) continue;
             effectPorts[index] = value;
             if (value != hostPorts[index]) WritePort(index, value);
@@ -104,9 +97,9 @@ private:
     }
 
     TapDelayLv2* plugin;
+    EmbeddedEditor editor;
     LV2UI_Write_Function write;
     LV2UI_Controller controller;
-    CDelayEditor* editor = nullptr;
     const LV2UI_Resize* resize = nullptr;
     float hostPorts[kNumParams] = {};    // the port values the host holds, as far as we know
     float effectPorts[kNumParams] = {};  // the effect's values at the last idle

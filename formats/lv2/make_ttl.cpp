@@ -7,11 +7,12 @@
 #include <sstream>
 #include <string>
 
-#include "lv2/PortUnits.h"
-#include "lv2/TapDelayLv2.h"
+#include "formats/shared/DisplayUnits.h"
+#include "formats/lv2/TapDelayLv2.h"
 #include "tools/make_fxb/PresetParser.h"
 
-using namespace PortUnits;
+using namespace DisplayUnits;
+using namespace PortLayout;
 
 namespace {
 
@@ -42,7 +43,7 @@ std::string PresetUri(size_t number) { return std::string(TAPDELAY_LV2_URI "#pre
 // A record's value as a port value that converts back to exactly that record value.
 bool PortValue(const ATapDelayProgram& record, int index, float* value) {
     float normalised = record.values[SlotOfParam(index)];
-    if (ExactPortValue(index, normalised, value)) return true;
+    if (ExactDisplayValue(index, normalised, value)) return true;
     char name[32];
     GetParamName(index, name);
     std::fprintf(stderr, "make_ttl: %s of \"%s\" has no exact port value\n", name, record.name);

@@ -1,0 +1,49 @@
+#include "formats/shared/BankState.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "effect/ATapDelay.h"
+
+namespace BankState {
+
+namespace {
+
+constexpr uint8_t kHeader[kHeaderBytes] = {'T', 'D', 's', 't', 1, 0, 0, 0};
+
+}  // namespace
+
+void Save(ATapDelay& effect, uint8_t* out) {
+    void* bank = nullptr;
+    effect.getChunk(&bank, false);
+    std::memcpy(out, kHeader, kHeaderBytes);
+    std::memcpy(out + kHeaderBytes, bank, kBankBytes);
+}
+
+bool Restore(ATapDelay& effect, const void* data, size_t size) {
+    if (!data || size != kBytes || std::memcmp(data, kHeader, kHeaderBytes) != 0) return false;
+    return RestoreBank(effect, static_cast<const uint8_t*>(data) + kHeaderBytes, kBankBytes);
+}
+
+bool IsBank(const void* data, size_t size) {
+    if (!data || size != (size_t)kBankBytes) return false;
+    // Read through a copy: the host's bytes need not be aligned.
+    ATapDelayProgram record;
+    for (int program = 0; program < kNumPrograms; program++) {
+        std::memcpy(&record, static_cast<const uint8_t*>(data) + program * kProgramBytes, kProgramBytes);
+        for (float value : record.values)
+            if (!(value >= 0.0f && value <= 1.0f)) return false;  // NaN too
+        if (!std::memchr(record.name, 0, sizeof record.name)) return false;
+        if (program == 0 && (record.currentProgram < 0 || record.currentProgram >= kNumPrograms))
+            return false;
+    }
+    return true;
+}
+
+bool RestoreBank(ATapDelay& effect, const void* data, size_t size) {
+    if (!IsBank(data, size)) return false;
+    effect.setChunk(const_cast<void*>(data), kBankBytes, false);
+    return true;
+}
+
+}  // namespace BankState
