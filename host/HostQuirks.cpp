@@ -18,18 +18,37 @@ bool IsFolder(const char* path) {
     return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Any address inside this library tells dladdr which file it was loaded from;
-// a host may have loaded it through a symbolic link (users link plug-ins into
-// ~/.vst), so the link is followed to where the resources lie beside it.
-std::string LoadedLibraryFolder() {
-    Dl_info info;
-    if (!dladdr(reinterpret_cast<void*>(&LoadedLibraryFolder), &info) || !info.dli_fname)
-        return "";
-    char* real = realpath(info.dli_fname, nullptr);
-    std::string file = real ? real : info.dli_fname;
-    std::free(real);
+std::string FolderOf(const std::string& file) {
     size_t slash = file.find_last_of('/');
     return slash != std::string::npos ? file.substr(0, slash + 1) : "./";
+}
+
+std::string RealPath(const std::string& path) {
+    char* real = realpath(path.c_str(), nullptr);
+    std::string resolved = real ? real : path;
+    std::free(real);
+    return resolved;
+}
+
+// The file this library was loaded from, as the host named it: any address
+// inside the library tells dladdr.
+std::string LoadedLibraryPath() {
+    Dl_info info;
+    if (!dladdr(reinterpret_cast<void*>(&LoadedLibraryPath), &info) || !info.dli_fname)
+        return "";
+    return info.dli_fname;
+}
+
+// A host may have loaded the library through a symbolic link (users link
+// plug-ins into ~/.vst): the link is followed to where the resources lie
+// beside the real file.
+std::string LoadedLibraryFolder() {
+    std::string file = LoadedLibraryPath();
+    return file.empty() ? "" : FolderOf(RealPath(file));
+}
+
+bool SameFolder(const std::string& a, const std::string& b) {
+    return !a.empty() && !b.empty() && RealPath(a) == RealPath(b);
 }
 
 }  // namespace
@@ -57,7 +76,12 @@ std::string PluginFolder(const void* directoryAnswer) {
                                                                  : std::string();
         }
     }
-    return folder.empty() ? LoadedLibraryFolder() : folder;
+    // A host that names the folder it found the plug-in in names the link's
+    // folder, not the one that holds the resources.
+    const std::string loaded = LoadedLibraryPath();
+    if (folder.empty() || (!loaded.empty() && SameFolder(folder, FolderOf(loaded))))
+        return LoadedLibraryFolder();
+    return folder;
 }
 
 int WorkBlockSize(VstInt32 announced) {

@@ -14,6 +14,9 @@
 // |                               |                          |                                                         | lock, so it is not a fallback                           |
 // | No directory answer           | Ardour, most Linux hosts | audioMasterGetDirectory answers 0 (others give the      | PluginFolder: the folder of the loaded library          |
 // |                               |                          | plug-in file's path rather than its folder)             | (dladdr); a file path is cut back to its folder         |
+// | Plug-in reached through a     | every host scanning a    | loads a symbolic link (a lone TapDelay.so linked into   | PluginFolder follows the link (realpath) when the host  |
+// | symbolic link                 | folder such as ~/.vst    | ~/.vst) and, if it answers audioMasterGetDirectory,     | names no folder or the link's own folder: the resources |
+// |                               |                          | names the link's folder, where no resources lie         | and factory bank lie beside the real file               |
 // | Blocks longer than announced  | hosts that change the    | process more frames than the last effSetBlockSize, or   | WorkBlockSize caps and defaults the taps' work buffers; |
 // |                               | period without telling   | announce 0                                              | the effect processes longer blocks in slices            |
 // | Keys kept by the host         | Ardour 7 (never sends    | gives the plug-in window no keys and never calls        | the entry field takes the X keyboard focus while shown  |
@@ -72,7 +75,8 @@ float TempoFromTimeInfo(const VstTimeInfo* info);
 
 // The folder (ending in '/') that holds the plug-in, from the host's
 // audioMasterGetDirectory answer (null, a folder, or the plug-in file), else
-// the folder of the loaded library.
+// the folder of the loaded library; a library loaded through a symbolic link
+// gives the folder of the link's target.
 std::string PluginFolder(const void* directoryAnswer);
 
 // Work buffers are never made longer than this; longer blocks are sliced.

@@ -7,12 +7,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <strings.h>
 #include <sys/stat.h>
-
-#ifndef VSTHOST_DEFAULT_PLUGIN
-#define VSTHOST_DEFAULT_PLUGIN "TapDelay/TapDelay.so"
-#endif
 
 namespace vsthost {
 
@@ -34,17 +31,26 @@ std::string executableFolder() {
 
 }  // namespace
 
-std::string defaultPluginPath() {
-    std::vector<std::string> candidates = {VSTHOST_DEFAULT_PLUGIN};
+std::vector<std::string> defaultPluginCandidates() {
+    std::vector<std::string> candidates;
     const std::string here = executableFolder();
-    if (!here.empty())
-        candidates.push_back(here + "../../TapDelay/TapDelay.so");  // build/tools/vsthost/
+    if (!here.empty()) {
+        for (const char* relative : {"../../TapDelay/TapDelay.so",         // build/tools/vsthost/
+                                     "../lib/vst/TapDelay/TapDelay.so"})  // PREFIX/bin/
+            candidates.push_back(std::filesystem::path(here + relative).lexically_normal());
+    }
     if (const char* home = getenv("HOME"))
         candidates.push_back(std::string(home) + "/.vst/TapDelay/TapDelay.so");
+    candidates.push_back("/usr/lib/vst/TapDelay/TapDelay.so");
+    return candidates;
+}
+
+std::string defaultPluginPath() {
+    const std::vector<std::string> candidates = defaultPluginCandidates();
     for (const std::string& candidate : candidates)
         if (isFile(candidate))
             return candidate;
-    return candidates.front();
+    return candidates.back();
 }
 
 void addPluginOptions(ArgParser& parser) {

@@ -26,7 +26,10 @@ struct PluginSetup {
     bool doublePrecision = false;
 };
 
-// TapDelay.so: next to this build, else where `make install` puts it.
+// Where TapDelay.so is looked for, in order: the build vsthost belongs to,
+// the prefix it is installed in, ~/.vst/TapDelay/, /usr/lib/vst/TapDelay/.
+std::vector<std::string> defaultPluginCandidates();
+// The first candidate that exists (the system one when none does).
 std::string defaultPluginPath();
 
 // --plugin, --program, --load, --param, --tempo, --tempo-at-scale,

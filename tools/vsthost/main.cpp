@@ -4,6 +4,8 @@
 #include "tools/vsthost/Commands.h"
 #include "tools/vsthost/PluginSetup.h"
 
+#include "TapDelayVersion.h"
+
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -11,31 +13,33 @@
 namespace {
 
 void printUsage(FILE* out) {
-    fprintf(out,
-            "usage: vsthost COMMAND [options] [arguments]\n"
-            "\n"
-            "Hosts a Linux VST 2.4 plug-in; without --plugin it hosts TapDelay\n"
-            "(%s).\n"
-            "\n"
-            "commands:\n"
-            "  info [PLUGIN.so]          identity, channels, flags, canDo answers, programs\n"
-            "                            and every parameter\n"
-            "  render IN.wav OUT.wav     process a sound file at its own rate\n"
-            "  demo [--out DIR]          render a synthesised phrase through several presets,\n"
-            "                            with WAV files and a PNG picture per preset\n"
-            "  validate [PLUGIN.so]      run the validation battery (non-zero exit on failure)\n"
-            "  bench [PLUGIN.so] [--vs OTHER.so ...]\n"
-            "                            realtime factor and nanoseconds per frame\n"
-            "  edit [PLUGIN.so] [--audio FILE] [--screenshot FILE.png [--after SECONDS]]\n"
-            "                            the plug-in's editor in a window (needs an X display),\n"
-            "                            with the file (or silence) playing through it\n"
-            "  help [COMMAND]            this text, or a command's options\n"
-            "\n"
-            "examples:\n"
-            "  vsthost render guitar.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%%\n"
-            "  vsthost demo --out demo\n"
-            "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n",
-            vsthost::defaultPluginPath().c_str());
+    fputs("usage: vsthost COMMAND [options] [arguments]\n"
+          "\n"
+          "Hosts a Linux VST 2.4 plug-in; without --plugin it hosts TapDelay, the\n"
+          "first TapDelay/TapDelay.so found in the build vsthost belongs to, in\n"
+          "PREFIX/lib/vst/ when vsthost is installed in PREFIX/bin/, in ~/.vst/ and\n"
+          "in /usr/lib/vst/ (`vsthost info` names the one it finds).\n"
+          "\n"
+          "commands:\n"
+          "  info [PLUGIN.so]          identity, channels, flags, canDo answers, programs\n"
+          "                            and every parameter\n"
+          "  render IN.wav OUT.wav     process a sound file at its own rate\n"
+          "  demo [--out DIR]          render a synthesised phrase through several presets,\n"
+          "                            with WAV files and a PNG picture per preset\n"
+          "  validate [PLUGIN.so]      run the validation battery (non-zero exit on failure)\n"
+          "  bench [PLUGIN.so] [--vs OTHER.so ...]\n"
+          "                            realtime factor and nanoseconds per frame\n"
+          "  edit [PLUGIN.so] [--audio FILE] [--screenshot FILE.png [--after SECONDS]]\n"
+          "                            the plug-in's editor in a window (needs an X display),\n"
+          "                            with the file (or silence) playing through it\n"
+          "  help [COMMAND]            this text, or a command's options\n"
+          "  version                   vsthost's version (TapDelay's)\n"
+          "\n"
+          "examples:\n"
+          "  vsthost render guitar.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%\n"
+          "  vsthost demo --out demo\n"
+          "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n",
+          out);
 }
 
 }  // namespace
@@ -73,6 +77,10 @@ int main(int argc, char** argv) {
         }
         command = args[0];
         args = {"--help"};
+    }
+    if (command == "version" || command == "--version") {
+        printf("vsthost (TapDelay) %s\n", TAPDELAY_VERSION);
+        return 0;
     }
     try {
         return runCommand(command, args);
