@@ -21,16 +21,15 @@ trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
 for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
 export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
 
-LAUNCHER=()
-command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+source tools/configure.sh
 # A fresh folder: notes of objects no longer built (a removed file, files
 # now compiled in unity batches) would be merged with the live ones.
 rm -rf "$FOLDER"
 # Atomic counters: the tests run threads, and racing increments leave
 # negative branch counts that gcovr refuses to parse.
-cmake -S . -B "$FOLDER" -G Ninja -DCMAKE_BUILD_TYPE=Debug "${LAUNCHER[@]}" \
+configure "$FOLDER" Debug \
   -DCMAKE_CXX_FLAGS='--coverage -fprofile-update=atomic' -DCMAKE_EXE_LINKER_FLAGS=--coverage \
-  -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage >/dev/null
+  -DCMAKE_SHARED_LINKER_FLAGS=--coverage -DCMAKE_MODULE_LINKER_FLAGS=--coverage
 cmake --build "$FOLDER" -j"$JOBS"
 # Counts start from zero (the build's test discovery runs the programs too).
 find "$FOLDER" -name '*.gcda' -delete

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets up a fresh machine, builds and installs TapDelay to ~/.vst/TapDelay/
-# (and the LV2 bundle to ~/.lv2/TapDelay.lv2/),
+# Sets up a fresh machine, builds and installs TapDelay to your own folders
+# (~/.vst/TapDelay/, ~/.lv2/TapDelay.lv2/, ..., vsthost to ~/.local/bin/),
 # then runs the main job: the command-line host renders a synthesised phrase
 # through several factory presets of the installed plug-in and writes WAV
 # files and pictures (extra arguments go to `vsthost demo`, e.g. --out DIR).
@@ -8,9 +8,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash tools/setup.sh
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j"$(nproc)"
-cmake --install build >/dev/null
-echo "installed to $HOME/.vst/TapDelay/ and $HOME/.lv2/TapDelay.lv2/"
+source tools/configure.sh
+configure_release
+cmake --build "$RELEASE_BUILD" -j"$(nproc)" --target installables
+cmake --install "$RELEASE_BUILD" >/dev/null
+echo "installed:"
+sed "s|^$HOME/||" "$RELEASE_BUILD/install_manifest.txt" |
+  awk -F/ '{ print "  ~/" ($1 == ".local" ? $1 "/" $2 "/" $3 : $1 "/" $2) }' | sort -u
 
-build/tools/vsthost/vsthost demo --plugin "$HOME/.vst/TapDelay/TapDelay.so" "$@"
+"$RELEASE_BUILD/tools/vsthost/vsthost" demo --plugin "$HOME/.vst/TapDelay/TapDelay.so" "$@"

@@ -21,13 +21,7 @@ trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
 for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
 export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
 
-# ccache speeds up repeated runs when it is installed; nothing needs it.
-LAUNCHER=()
-command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-configure() {  # folder, build type, extra cmake arguments...
-  local folder=$1 type=$2; shift 2
-  cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE="$type" "${LAUNCHER[@]}" "$@" >/dev/null
-}
+source tools/configure.sh
 
 stage "AddressSanitizer + UndefinedBehaviorSanitizer"
 configure build-asan RelWithDebInfo -DTAPDELAY_SANITIZE=address,undefined
@@ -50,6 +44,6 @@ fi
 # The sanitizer build ran every test; the release build, as tools/run.sh
 # makes it, proves itself with the smoke set.
 stage "Release build, smoke tests"
-configure build Release
-cmake --build build -j"$JOBS" --target smoke
-ctest --test-dir build --output-on-failure -j"$JOBS" -L smoke
+configure_release
+cmake --build "$RELEASE_BUILD" -j"$JOBS" --target smoke
+ctest --test-dir "$RELEASE_BUILD" --output-on-failure -j"$JOBS" -L smoke
