@@ -11,6 +11,7 @@ PACKAGES=(
   libxtst-dev xvfb xauth xdotool x11-utils x11-xserver-utils valgrind
   lsp-plugins-vst zam-plugins
   lv2-dev lilv-utils liblilv-dev jalv jackd2 lsp-plugins-lv2
+  dpkg-dev help2man lintian
 )
 
 missing=()

@@ -13,14 +13,14 @@
 namespace {
 
 void printUsage(FILE* out) {
-    fputs("usage: vsthost COMMAND [options] [arguments]\n"
+    fputs("Usage: vsthost COMMAND [options] [arguments]\n"
           "\n"
           "Hosts a Linux VST 2.4 plug-in; without --plugin it hosts TapDelay, the\n"
           "first TapDelay/TapDelay.so found in the build vsthost belongs to, in\n"
           "PREFIX/lib/vst/ when vsthost is installed in PREFIX/bin/, in ~/.vst/ and\n"
           "in /usr/lib/vst/ (`vsthost info` names the one it finds).\n"
           "\n"
-          "commands:\n"
+          "Commands:\n"
           "  info [PLUGIN.so]          identity, channels, flags, canDo answers, programs\n"
           "                            and every parameter\n"
           "  render IN.wav OUT.wav     process a sound file at its own rate\n"
@@ -35,9 +35,11 @@ void printUsage(FILE* out) {
           "  help [COMMAND]            this text, or a command's options\n"
           "  version                   vsthost's version (TapDelay's)\n"
           "\n"
-          "examples:\n"
-          "  vsthost render guitar.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%\n"
+          "Examples:\n"
+          "  vsthost render in.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%\n"
+          "\n"
           "  vsthost demo --out demo\n"
+          "\n"
           "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n",
           out);
 }
