@@ -3,7 +3,8 @@
 # AddressSanitizer + UndefinedBehaviorSanitizer, then the thread checks under
 # ThreadSanitizer and the fuzz targets for a bounded time; last the release
 # build runs the smoke set (its exports, bit-exact processing, the editor on
-# the X server), whose test summary closes the output.
+# the X server) and is packed, and the package is checked (tests/package/);
+# their test summary closes the output.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -42,8 +43,11 @@ if [ -f tests/fuzz/CMakeLists.txt ]; then
 fi
 
 # The sanitizer build ran every test; the release build, as tools/run.sh
-# makes it, proves itself with the smoke set.
-stage "Release build, smoke tests"
+# makes it, proves itself with the smoke set, and packed as tools/package.sh
+# packs it, with the package checks.
+stage "Release build, package, smoke and package tests"
 configure_release
 cmake --build "$RELEASE_BUILD" -j"$JOBS" --target smoke
-ctest --test-dir "$RELEASE_BUILD" --output-on-failure -j"$JOBS" -L smoke
+rm -rf "$RELEASE_BUILD/package"
+bash tools/package.sh "$RELEASE_BUILD/package"
+ctest --test-dir "$RELEASE_BUILD" --output-on-failure -j"$JOBS" -L "smoke|package"
