@@ -63,7 +63,7 @@ sleep 1
 # sequencer that opens, succeeds and stays silent.
 preload=""
 if [ ! -e /dev/snd/seq ]; then
-  cc -shared -fPIC -o "$work/alsa_seq_standin.so" "$here/alsa_seq_standin.c"
+  cc -shared -fPIC -o "$work/alsa_seq_standin.so" "$here/../hostcheck/alsa_seq_standin.c"
   preload="$work/alsa_seq_standin.so"
 fi
 
