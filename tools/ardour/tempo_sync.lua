@@ -1,4 +1,4 @@
--- Run through ardour7-lua by check_tempo_sync.sh and ../lv2/ardour_tempo.sh:
+-- Run through ardour7-lua by check_tempo_sync.sh for every format it checks:
 -- a fresh session at the given tempo with the plug-in under test on an audio
 -- track and one of its 8th-note programs chosen as an Ardour preset. The
 -- transport rolls a while, then the session is saved. Prints the six tap
