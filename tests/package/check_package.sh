@@ -12,6 +12,8 @@
 #   lintian   no error and no warning
 #   load FILE COMMAND...  COMMAND with the unpacked FILE (a path in the package)
 #             appended must succeed: how a format's own test host loads it
+# Those that run the package's files also check that nothing was written
+# into the installed tree.
 # Exits 77 (skipped) when there is no package: tools/package.sh makes it.
 set -euo pipefail
 case=$1 packages=$2 build=$3
@@ -25,6 +27,7 @@ export HOME=$work/home XDG_CONFIG_HOME=$work/config
 mkdir -p "$HOME" "$XDG_CONFIG_HOME"
 root=$work/root
 dpkg -x "$deb" "$root"
+touch "$work/unpacked"
 fail=0
 check() {  # description, command...
     local what=$1
@@ -134,4 +137,7 @@ load)
     exit 2
     ;;
 esac
+# What a user saves goes to ~/.config/TapDelay/, never beside the plug-in.
+[[ $case == contents || $case == lintian ]] ||
+    check "nothing written into the installed tree" test -z "$(find "$root" -newer "$work/unpacked")"
 exit $fail
