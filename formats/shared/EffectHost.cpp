@@ -5,10 +5,13 @@
 
 #include "editor/CDelayEditor.h"
 #include "host/HostQuirks.h"
+#include "toolkit/ResourceFolder.h"
 
 EffectHost::EffectHost(const std::string& resourceFolder)
     : folder(resourceFolder.empty() ? HostQuirks::PluginFolder(nullptr) : resourceFolder) {
     if (!folder.empty() && folder.back() != '/') folder += '/';
+    // The editor's pictures and texts come from there too.
+    AfxSetResourceFolder(folder.c_str());
     effect = new ATapDelay(&Callback);
     effect->getAeffect()->user = this;
     effect->open();  // finds the factory bank in the resource folder
