@@ -1,7 +1,7 @@
-// What real hosts do where it differs from what the VST 2.4 interface
-// documents, and what TapDelay does about it. Host-specific handling lives
-// here (or is named here); the effect asks these functions instead of
-// reading a host's raw answer itself.
+// What real hosts do where it differs from what the plug-in interfaces (VST
+// 2.4, LV2, CLAP) document, and what TapDelay does about it. Host-specific
+// handling lives here (or is named here); the effect asks these functions
+// instead of reading a host's raw answer itself.
 //
 // | Case                          | Known hosts              | What the host does                                      | What we do                                              |
 // |-------------------------------|--------------------------|---------------------------------------------------------|---------------------------------------------------------|
@@ -49,6 +49,17 @@
 // |                               |                          |                                                         | the menu asks audioMasterSizeWindow (ui:resize)         |
 // | Keys never forwarded          | Qtractor, MusE           | never call effEditKeyDown                               | as for Ardour: the entry field takes the X keyboard     |
 // |                               |                          |                                                         | focus while it is shown                                 |
+// | Values restated after a CLAP  | Qtractor (Debian 12:     | keeps each value beside the state as text with six      | in the first values after a state load, one that reads  |
+// | state                         | 0.9.31)                  | digits and sets them after the state when it loads a    | the same in six digits as the loaded one is taken as it |
+// |                               |                          | preset (on a session load its flush at activation drops | (formats/clap): the bank stays exact                    |
+// |                               |                          | them)                                                   |                                                         |
+// | Empty CLAP gesture            | Qtractor 0.9.31          | sets the parameter to 0 at the end of a gesture that    | a gesture's begin goes out with its first value: a      |
+// |                               |                          | carried no value                                        | click that changes nothing sends nothing                |
+// | CLAP timers at one period     | Qtractor 0.9.31          | runs every plug-in timer on one shared timer, restarted | X input still comes at once through the fd support; the |
+// |                               |                          | at 200 ms once an editor opens                          | meters and the host's changes show 5 times a second     |
+// | A CLAP transport tempo of 0   | Qtractor 0.9.31 (the     | flags a tempo in the transport, and the tempo is 0      | no tempo (EffectHost::SetTempo): the tap times stay as  |
+// |                               | block it runs on         |                                                         | they are                                                |
+// |                               | loading)                 |                                                         |                                                         |
 #pragma once
 
 #include <string>
