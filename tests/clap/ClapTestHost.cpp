@@ -19,7 +19,7 @@ const clap::HostGui kGui = {
     [](const clap::Host*) {},
     [](const clap::Host* h, uint32_t width, uint32_t height) {
         HostOf(h)->resizeRequests.push_back({width, height});
-        return HostOf(h)->grantResize;
+        return true;
     },
     [](const clap::Host*) { return false; },
     [](const clap::Host*) { return false; },
@@ -28,8 +28,6 @@ const clap::HostGui kGui = {
 const clap::HostLog kLog = {[](const clap::Host* h, int32_t, const char* message) {
     HostOf(h)->logs.push_back(message);
 }};
-const clap::HostThreadCheck kThreads = {[](const clap::Host*) { return true; },
-                                        [](const clap::Host*) { return false; }};
 const clap::HostTimerSupport kTimers = {
     [](const clap::Host* h, uint32_t period, clap::Id* id) {
         *id = (clap::Id)(100 + HostOf(h)->timers.size());
@@ -50,15 +48,9 @@ const void* HostExtension(const clap::Host* h, const char* id) {
     if (name == clap::kExtState) return &kState;
     if (name == clap::kExtGui) return &kGui;
     if (name == clap::kExtLog) return &kLog;
-    if (name == clap::kExtThreadCheck) return &kThreads;
     if (name == clap::kExtTimerSupport) return HostOf(h)->offerTimers ? &kTimers : nullptr;
-    if (name == clap::kExtPosixFdSupport) return HostOf(h)->offerFds ? &kFds : nullptr;
+    if (name == clap::kExtPosixFdSupport) return &kFds;
     return nullptr;
-}
-
-template <class Event>
-void AddEvent(EventList& list, const Event& event) {
-    list.Add(&event, sizeof event);
 }
 
 }  // namespace
@@ -89,7 +81,7 @@ void EventList::Value(uint32_t time, clap::Id id, double value) {
     event.noteId = -1;
     event.portIndex = event.channel = event.key = -1;
     event.value = value;
-    AddEvent(*this, event);
+    Add(&event, sizeof event);
 }
 
 void EventList::Tempo(uint32_t time, double bpm) {
@@ -97,7 +89,7 @@ void EventList::Tempo(uint32_t time, double bpm) {
     event.header = {sizeof event, time, clap::kCoreEventSpace, clap::kEventTransport, 0};
     event.flags = clap::kTransportHasTempo;
     event.tempo = bpm;
-    AddEvent(*this, event);
+    Add(&event, sizeof event);
 }
 
 std::vector<EventList::Out> EventList::Taken() const {

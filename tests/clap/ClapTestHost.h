@@ -1,6 +1,6 @@
 // A small CLAP host of the tests' own: loads the built TapDelay.clap, offers
-// the host extensions it uses (params, gui, state, log, thread check,
-// timers, descriptors) and records what the plug-in asks of them.
+// the host extensions it uses (params, gui, state, log, timers,
+// descriptors) and records what the plug-in asks of them.
 #pragma once
 
 #include <cstdint>
@@ -41,9 +41,8 @@ public:
     const clap::PluginEntry* entry = nullptr;
     const clap::PluginFactory* factory = nullptr;
 
-    // What the host offers; change before creating a plug-in.
-    bool offerTimers = true, offerFds = true;
-    bool grantResize = true;
+    // Whether the host offers timers; change before creating a plug-in.
+    bool offerTimers = true;
     // What the plug-in asked.
     int flushRequests = 0, rescans = 0, dirtyMarks = 0;
     std::vector<std::pair<uint32_t, uint32_t>> resizeRequests;
