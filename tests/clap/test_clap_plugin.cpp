@@ -252,6 +252,7 @@ struct RenderCase {
     int program;
     bool doublePrecision;
 };
+void PrintTo(const RenderCase& c, std::ostream* out) { *out << c.program << (c.doublePrecision ? " double" : " float"); }
 
 class ClapRenders : public ClapPlugin, public ::testing::WithParamInterface<RenderCase> {};
 
