@@ -11,6 +11,13 @@ namespace {
 
 constexpr uint8_t kHeader[kHeaderBytes] = {'T', 'D', 's', 't', 1, 0, 0, 0};
 
+// The bank inside a state Save wrote, or null.
+const uint8_t* BankOf(const void* data, size_t size) {
+    if (!data || size != kBytes || std::memcmp(data, kHeader, kHeaderBytes) != 0) return nullptr;
+    const uint8_t* bank = static_cast<const uint8_t*>(data) + kHeaderBytes;
+    return IsBank(bank, kBankBytes) ? bank : nullptr;
+}
+
 }  // namespace
 
 void Save(ATapDelay& effect, uint8_t* out) {
@@ -21,8 +28,19 @@ void Save(ATapDelay& effect, uint8_t* out) {
 }
 
 bool Restore(ATapDelay& effect, const void* data, size_t size) {
-    if (!data || size != kBytes || std::memcmp(data, kHeader, kHeaderBytes) != 0) return false;
-    return RestoreBank(effect, static_cast<const uint8_t*>(data) + kHeaderBytes, kBankBytes);
+    const uint8_t* bank = BankOf(data, size);
+    return bank && RestoreBank(effect, bank, kBankBytes);
+}
+
+bool ReadCurrent(const void* data, size_t size, int* program, float values[kNumParams]) {
+    const uint8_t* bank = BankOf(data, size);
+    if (!bank) return false;
+    ATapDelayProgram record;
+    std::memcpy(&record, bank, kProgramBytes);
+    *program = record.currentProgram;
+    std::memcpy(&record, bank + *program * kProgramBytes, kProgramBytes);
+    for (int index = 0; index < kNumParams; index++) values[index] = record.values[SlotOfParam(index)];
+    return true;
 }
 
 bool IsBank(const void* data, size_t size) {
