@@ -1,5 +1,7 @@
 #include "formats/vst3/Vst3Parameters.h"
 
+#include <algorithm>
+
 #include "formats/vst3/Utf16.h"
 
 namespace Vst3Parameters {
@@ -35,7 +37,7 @@ bool Describe(vst3::ParamID id, double defaultValue, vst3::ParameterInfo& info) 
 
 double ToPlain(vst3::ParamID id, double normalised) {
     const int steps = StepCount(id);
-    const double value = ParameterInfo::Clamp((float)normalised);
+    const double value = normalised >= 0.0 ? std::min(normalised, 1.0) : 0.0;  // NaN too
     return steps > 0 ? value * steps : value;
 }
 
