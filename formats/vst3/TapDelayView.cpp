@@ -18,28 +18,7 @@ TapDelayView::~TapDelayView() {
 }
 
 tresult TapDelayView::queryInterface(const TUID iid, void** object) {
-    if (!object) return kInvalidArgument;
-    void* found = nullptr;
-    if (SameUid(iid, FUnknown::iid) || SameUid(iid, IPlugView::iid))
-        found = static_cast<IPlugView*>(this);
-    else if (SameUid(iid, IPlugViewContentScaleSupport::iid))
-        found = static_cast<IPlugViewContentScaleSupport*>(this);
-    else if (SameUid(iid, IEventHandler::iid))
-        found = static_cast<IEventHandler*>(this);
-    else if (SameUid(iid, ITimerHandler::iid))
-        found = static_cast<ITimerHandler*>(this);
-    *object = found;
-    if (!found) return kNoInterface;
-    addRef();
-    return kResultOk;
-}
-
-uint32_t TapDelayView::addRef() { return ++references; }
-
-uint32_t TapDelayView::release() {
-    const uint32_t left = --references;
-    if (left == 0) delete this;
-    return left;
+    return QueryInterfaces<IPlugView, IPlugViewContentScaleSupport, IEventHandler, ITimerHandler>(this, iid, object);
 }
 
 tresult TapDelayView::isPlatformTypeSupported(FIDString type) {

@@ -6,11 +6,10 @@
 // the menu asks the host's frame to resize.
 #pragma once
 
-#include <atomic>
 #include <memory>
 
 #include "formats/shared/EmbeddedEditor.h"
-#include "formats/vst3/Vst3Abi.h"
+#include "formats/vst3/Interfaces.h"
 
 class TapDelayVst3;
 
@@ -24,8 +23,8 @@ public:
     TapDelayView& operator=(const TapDelayView&) = delete;
 
     vst3::tresult queryInterface(const vst3::TUID iid, void** object) override;
-    uint32_t addRef() override;
-    uint32_t release() override;
+    uint32_t addRef() override { return references.Add(); }
+    uint32_t release() override { return references.Release(this); }
 
     vst3::tresult isPlatformTypeSupported(vst3::FIDString type) override;
     vst3::tresult attached(void* parent, vst3::FIDString type) override;
@@ -51,10 +50,11 @@ public:
     bool AskFrameForSize(int width, int height);
 
 private:
+    friend class vst3::ReferenceCount;
     ~TapDelayView();
     vst3::ViewRect EditorRect();
 
-    std::atomic<uint32_t> references{1};
+    vst3::ReferenceCount references;
     TapDelayVst3& plugin;
     // Closed and gone before the plug-in (and its editor) may go.
     std::unique_ptr<EmbeddedEditor> editor;

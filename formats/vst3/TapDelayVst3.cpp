@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/shared/BankState.h"
+#include "formats/vst3/Interfaces.h"
 #include "formats/vst3/QueuedChanges.h"
 #include "formats/vst3/TapDelayView.h"
 #include "formats/vst3/Utf16.h"
@@ -54,31 +55,11 @@ TapDelayVst3::~TapDelayVst3() {
 
 // --- FUnknown ------------------------------------------------------------------------
 
+// IPluginBase is the component's: the controller's is the same object.
 tresult TapDelayVst3::queryInterface(const TUID iid, void** object) {
-    if (!object) return kInvalidArgument;
-    void* found = nullptr;
-    if (SameUid(iid, FUnknown::iid) || SameUid(iid, IPluginBase::iid) || SameUid(iid, IComponent::iid))
-        found = static_cast<IComponent*>(this);
-    else if (SameUid(iid, IAudioProcessor::iid))
-        found = static_cast<IAudioProcessor*>(this);
-    else if (SameUid(iid, IProcessContextRequirements::iid))
-        found = static_cast<IProcessContextRequirements*>(this);
-    else if (SameUid(iid, IEditController::iid))
-        found = static_cast<IEditController*>(this);
-    else if (SameUid(iid, IUnitInfo::iid))
-        found = static_cast<IUnitInfo*>(this);
-    *object = found;
-    if (!found) return kNoInterface;
-    addRef();
-    return kResultOk;
-}
-
-uint32_t TapDelayVst3::addRef() { return ++references; }
-
-uint32_t TapDelayVst3::release() {
-    const uint32_t left = --references;
-    if (left == 0) delete this;
-    return left;
+    const char* asked = SameUid(iid, IPluginBase::iid) ? AsTuid(IComponent::iid) : iid;
+    return QueryInterfaces<IComponent, IAudioProcessor, IProcessContextRequirements, IEditController, IUnitInfo>(
+        this, asked, object);
 }
 
 // --- IPluginBase -----------------------------------------------------------------------

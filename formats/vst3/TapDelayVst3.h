@@ -11,13 +11,13 @@
 // the controller included, is called on the UI thread.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <string>
 
 #include "formats/shared/EffectHost.h"
 #include "formats/shared/ParameterMirror.h"
 #include "formats/shared/SplitRenderer.h"
+#include "formats/vst3/Interfaces.h"
 #include "formats/vst3/Vst3Abi.h"
 #include "formats/vst3/Vst3Parameters.h"
 
@@ -38,8 +38,8 @@ public:
 
     // FUnknown
     vst3::tresult queryInterface(const vst3::TUID iid, void** object) override;
-    uint32_t addRef() override;
-    uint32_t release() override;
+    uint32_t addRef() override { return references.Add(); }
+    uint32_t release() override { return references.Release(this); }
 
     // IPluginBase (for the component and the controller alike: hosts may call
     // both; the effect is made once)
@@ -107,6 +107,7 @@ public:
     void DetachView(TapDelayView* view);
 
 private:
+    friend class vst3::ReferenceCount;
     ~TapDelayVst3();
 
     // EffectListener: the editor's gestures go to the host's handler.
@@ -124,7 +125,7 @@ private:
     bool ProgramNamesChanged();
     std::string ProgramName(int program);
 
-    std::atomic<uint32_t> references{1};
+    vst3::ReferenceCount references;
     int initializations = 0;
     std::unique_ptr<EffectHost> host;
     SplitRenderer renderer;

@@ -200,6 +200,26 @@ struct AudioBusBuffers {
     };
 };
 
+// One parameter's changes in a block: points (sample offset, value) in time order.
+class IParamValueQueue : public FUnknown {
+public:
+    static constexpr Uid iid = MakeUid(0x01263A18, 0xED074F6F, 0x98C9D356, 0x4686F9BA);
+    virtual ParamID getParameterId() = 0;
+    virtual int32_t getPointCount() = 0;
+    virtual tresult getPoint(int32_t index, int32_t& sampleOffset, ParamValue& value) = 0;
+    virtual tresult addPoint(int32_t sampleOffset, ParamValue value, int32_t& index) = 0;
+};
+
+class IParameterChanges : public FUnknown {
+public:
+    static constexpr Uid iid = MakeUid(0xA4779663, 0x0BB64A56, 0xB44384A8, 0x466FEB9D);
+    virtual int32_t getParameterCount() = 0;
+    virtual IParamValueQueue* getParameterData(int32_t index) = 0;
+    virtual IParamValueQueue* addParameterData(const ParamID& id, int32_t& index) = 0;
+};
+
+class IEventList;
+
 struct ProcessContext {
     enum { kTempoValid = 1 << 10 };
     uint32_t state;
@@ -222,25 +242,6 @@ struct ProcessContext {
     uint32_t frameRateFlags;
     int32_t samplesToNextClock;
 };
-
-class IParamValueQueue : public FUnknown {
-public:
-    static constexpr Uid iid = MakeUid(0x01263A18, 0xED074F6F, 0x98C9D356, 0x4686F9BA);
-    virtual ParamID getParameterId() = 0;
-    virtual int32_t getPointCount() = 0;
-    virtual tresult getPoint(int32_t index, int32_t& sampleOffset, ParamValue& value) = 0;
-    virtual tresult addPoint(int32_t sampleOffset, ParamValue value, int32_t& index) = 0;
-};
-
-class IParameterChanges : public FUnknown {
-public:
-    static constexpr Uid iid = MakeUid(0xA4779663, 0x0BB64A56, 0xB44384A8, 0x466FEB9D);
-    virtual int32_t getParameterCount() = 0;
-    virtual IParamValueQueue* getParameterData(int32_t index) = 0;
-    virtual IParamValueQueue* addParameterData(const ParamID& id, int32_t& index) = 0;
-};
-
-class IEventList;
 
 struct ProcessData {
     int32_t processMode;
@@ -349,13 +350,7 @@ struct ProgramListInfo {
     int32_t programCount;
 };
 
-class IUnitHandler : public FUnknown {
-public:
-    static constexpr Uid iid = MakeUid(0x4B5147F8, 0x4654486B, 0x8DAB30BA, 0x163A3C56);
-    virtual tresult notifyUnitSelection(int32_t unitId) = 0;
-    virtual tresult notifyProgramListChange(int32_t listId, int32_t programIndex) = 0;
-};
-
+// The plug-in's units and their program lists.
 class IUnitInfo : public FUnknown {
 public:
     static constexpr Uid iid = MakeUid(0x3D4BD6B5, 0x913A4FD2, 0xA886E768, 0xA5EB92C1);
@@ -372,6 +367,13 @@ public:
     virtual tresult getUnitByBus(int32_t type, int32_t direction, int32_t busIndex, int32_t channel,
                                  int32_t& unitId) = 0;
     virtual tresult setUnitProgramData(int32_t listOrUnitId, int32_t program, IBStream* data) = 0;
+};
+
+class IUnitHandler : public FUnknown {
+public:
+    static constexpr Uid iid = MakeUid(0x4B5147F8, 0x4654486B, 0x8DAB30BA, 0x163A3C56);
+    virtual tresult notifyUnitSelection(int32_t unitId) = 0;
+    virtual tresult notifyProgramListChange(int32_t listId, int32_t programIndex) = 0;
 };
 
 // --- the editor view and the host's run loop ---------------------------------------------

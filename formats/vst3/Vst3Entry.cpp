@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "TapDelayVersion.h"
+#include "formats/vst3/Interfaces.h"
 #include "formats/vst3/TapDelayVst3.h"
 #include "formats/vst3/Utf16.h"
 
@@ -27,11 +28,7 @@ void CopyText(char (&out)[N], const char* text) {
 class Factory final : public IPluginFactory3 {
 public:
     tresult queryInterface(const TUID iid, void** object) override {
-        if (!object) return kInvalidArgument;
-        const bool known = SameUid(iid, FUnknown::iid) || SameUid(iid, IPluginFactory::iid) ||
-                           SameUid(iid, IPluginFactory2::iid) || SameUid(iid, IPluginFactory3::iid);
-        *object = known ? this : nullptr;
-        return known ? kResultOk : kNoInterface;
+        return QueryInterfaces<IPluginFactory3, IPluginFactory2, IPluginFactory>(this, iid, object);
     }
     uint32_t addRef() override { return 1; }
     uint32_t release() override { return 1; }
@@ -45,23 +42,10 @@ public:
     }
     int32_t countClasses() override { return 1; }
 
-    tresult getClassInfo(int32_t index, PClassInfo* info) override {
-        if (index != 0 || !info) return kInvalidArgument;
-        *info = {};
-        std::memcpy(info->cid, TapDelayVst3::kClassId.bytes, sizeof info->cid);
-        info->cardinality = PClassInfo::kManyInstances;
-        CopyText(info->category, kAudioEffectClass);
-        CopyText(info->name, kName);
-        return kResultOk;
-    }
+    tresult getClassInfo(int32_t index, PClassInfo* info) override { return Describe(index, info); }
 
     tresult getClassInfo2(int32_t index, PClassInfo2* info) override {
-        if (index != 0 || !info) return kInvalidArgument;
-        *info = {};
-        std::memcpy(info->cid, TapDelayVst3::kClassId.bytes, sizeof info->cid);
-        info->cardinality = PClassInfo::kManyInstances;
-        CopyText(info->category, kAudioEffectClass);
-        CopyText(info->name, kName);
+        if (Describe(index, info) != kResultOk) return kInvalidArgument;
         CopyText(info->subCategories, kSubCategories);
         CopyText(info->vendor, kVendor);
         CopyText(info->version, TAPDELAY_VERSION);
@@ -86,6 +70,20 @@ public:
 
     tresult setHostContext(FUnknown*) override { return kResultOk; }
 
+private:
+    // What both class records hold.
+    template <class Info>
+    static tresult Describe(int32_t index, Info* info) {
+        if (index != 0 || !info) return kInvalidArgument;
+        *info = {};
+        std::memcpy(info->cid, TapDelayVst3::kClassId.bytes, sizeof info->cid);
+        info->cardinality = PClassInfo::kManyInstances;
+        CopyText(info->category, kAudioEffectClass);
+        CopyText(info->name, kName);
+        return kResultOk;
+    }
+
+public:
     tresult createInstance(FIDString cid, FIDString iid, void** object) override {
         if (!object) return kInvalidArgument;
         *object = nullptr;
