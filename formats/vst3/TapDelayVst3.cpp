@@ -199,9 +199,13 @@ void TapDelayVst3::ApplyHostChange(ParamID id, double value) {
 }
 
 // What the effect changed by itself (tempo sync, the editor) reaches the host
-// as output changes; a change of the power switch moves the bypass too.
-void TapDelayVst3::ReportEffectChanges(IParameterChanges* out) {
-    if (!out) return;
+// as output changes; a change of the power switch moves the bypass too. Looked
+// for once every kReportFrames: comparing every value after every short block
+// would cost more than the format's whole share of the work.
+void TapDelayVst3::ReportEffectChanges(IParameterChanges* out, int frames) {
+    framesSinceReport += std::max(frames, 0);
+    if (!out || framesSinceReport < kReportFrames) return;
+    framesSinceReport = 0;
     auto send = [out](ParamID id, double value) {
         int32_t index = 0;
         if (IParamValueQueue* queue = out->addParameterData(id, index)) queue->addPoint(0, value, index);
@@ -252,7 +256,7 @@ tresult TapDelayVst3::process(ProcessData& data) {
             }
         }
     }
-    ReportEffectChanges(data.outputParameterChanges);
+    ReportEffectChanges(data.outputParameterChanges, frames);
     return kResultOk;
 }
 

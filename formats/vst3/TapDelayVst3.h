@@ -119,7 +119,7 @@ private:
 
     // The audio thread's side of process().
     void ApplyHostChange(vst3::ParamID id, double value);
-    void ReportEffectChanges(vst3::IParameterChanges* out);
+    void ReportEffectChanges(vst3::IParameterChanges* out, int frames);
     // The controller's values: what the host has been told the effect holds.
     void TakeEffectValues();
     bool ProgramNamesChanged();
@@ -133,8 +133,11 @@ private:
     // Set while the processor is inactive.
     bool monoInput = false;
     int32_t sampleSize = vst3::kSample32;
-    // Audio thread: the values the host knows from its own changes.
+    // Audio thread: the values the host knows from its own changes, and the
+    // frames since the last look for the effect's (the first block looks).
+    static constexpr int kReportFrames = 1024;  // about 20 ms
     ParameterMirror reported;
+    int framesSinceReport = kReportFrames;
 
     // UI thread.
     double values[Vst3Parameters::kCount] = {};

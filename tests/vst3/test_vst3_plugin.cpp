@@ -278,8 +278,9 @@ TEST_F(Vst3Plugin, ChangesAtSampleOffsetsAreSplitVst2Blocks) {
 TEST_F(Vst3Plugin, ProcessContextTempoMovesTheSyncedTapsAndTellsTheHost) {
     Plugin plugin(module);
     ASSERT_TRUE(plugin.Ready());
-    plugin.Prepare(kSample32, kBlock);
-    Stereo<float> in(kBlock), out(kBlock);
+    constexpr int kFrames = 1024;  // the plug-in looks for its own changes this often
+    plugin.Prepare(kSample32, kFrames);
+    Stereo<float> in(kFrames), out(kFrames);
     Changes sync;
     sync.Add(60, 0, 1.0);  // tempo sync on
     sync.Add(61, 0, 0.0);  // quarter notes
@@ -291,7 +292,7 @@ TEST_F(Vst3Plugin, ProcessContextTempoMovesTheSyncedTapsAndTellsTheHost) {
     const Step steps[] = {{true, 100.0, "600.0"}, {true, 150.0, "400.0"}, {false, 90.0, ""}, {true, 120.0, "500.0"}};
     for (const Step& s : steps) {
         ProcessContext context = Tempo(s.bpm, s.tempoValid);
-        plugin.Process(in.At(0), out.At(0), kBlock, &sync, &context);
+        plugin.Process(in.At(0), out.At(0), kFrames, &sync, &context);
         sync.Clear();
         const double reported = plugin.reported.Last(3);
         EXPECT_EQ(reported < 0 ? "" : plugin.Text(3, reported), s.tap0) << s.bpm;
