@@ -24,7 +24,14 @@ void Save(ATapDelay& effect, uint8_t* out) {
     void* bank = nullptr;
     effect.getChunk(&bank, false);
     std::memcpy(out, kHeader, kHeaderBytes);
-    std::memcpy(out + kHeaderBytes, bank, kBankBytes);
+    uint8_t* saved = out + kHeaderBytes;
+    std::memcpy(saved, bank, kBankBytes);
+    ATapDelayProgram record;
+    std::memcpy(&record, saved, kProgramBytes);
+    uint8_t* current = saved + record.currentProgram * kProgramBytes;
+    std::memcpy(&record, current, kProgramBytes);
+    for (int index = 0; index < kNumParams; index++) record.values[SlotOfParam(index)] = effect.getParameter(index);
+    std::memcpy(current, &record, kProgramBytes);
 }
 
 bool Restore(ATapDelay& effect, const void* data, size_t size) {

@@ -184,18 +184,17 @@ uint32_t TapDelayVst3::getTailSamples() {
     return tail == EffectHost::kInfiniteTail ? kInfiniteTail : tail;
 }
 
+// The host knows what it sent, except that the bypass and the power switch
+// are one: a change of either is reported as both.
 void TapDelayVst3::ApplyHostChange(ParamID id, double value) {
     ATapDelay& effect = host->Effect();
-    int index = (int)id;
-    float normalised = ::ParameterInfo::Clamp((float)value);
-    if (id == kBypass) {
-        index = kParamOnOff;
-        normalised = PowerForBypass(normalised);
-    } else if (!IsEffectParameter(id)) {
-        return;  // the program changes on the controller's side
-    }
-    effect.setParameter(index, normalised);
-    reported.Know(index, effect.getParameter(index));
+    const float normalised = ::ParameterInfo::Clamp((float)value);
+    if (id == kBypass || id == kParamOnOff) {
+        effect.setParameter(kParamOnOff, id == kBypass ? PowerForBypass(normalised) : normalised);
+    } else if (IsEffectParameter(id)) {
+        effect.setParameter((int)id, normalised);
+        reported.Know((int)id, effect.getParameter((int)id));
+    }  // the program changes on the controller's side
 }
 
 // What the effect changed by itself (tempo sync, the editor) reaches the host

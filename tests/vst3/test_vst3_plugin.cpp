@@ -338,7 +338,8 @@ TEST_F(Vst3Plugin, StateCarriesTheBankAndRefusesBadStreams) {
 }
 
 // The host's bypass and the effect's power switch are one: set either on the
-// controller and the other follows.
+// controller and the other follows; the processor reports a change of either
+// as both.
 TEST_F(Vst3Plugin, BypassAndPowerSwitchStayInStep) {
     Plugin plugin(module);
     ASSERT_TRUE(plugin.Ready());
@@ -347,10 +348,18 @@ TEST_F(Vst3Plugin, BypassAndPowerSwitchStayInStep) {
         double value, bypass, power;
     } steps[] = {{kBypass, 1.0, 1.0, 0.0}, {kParamOnOff, 1.0, 0.0, 1.0}, {kParamOnOff, 0.0, 1.0, 0.0},
                  {kBypass, 0.0, 0.0, 1.0}};
+    constexpr int kFrames = 1024;  // the plug-in looks for its own changes this often
+    plugin.Prepare(kSample32, kFrames);
+    Stereo<float> in(kFrames), out(kFrames);
     for (const auto& s : steps) {
         plugin.controller->setParamNormalized(s.id, s.value);
         EXPECT_EQ(plugin.controller->getParamNormalized(kBypass), s.bypass);
         EXPECT_EQ(plugin.controller->getParamNormalized(kParamOnOff), s.power);
+        Changes change;
+        change.Add(s.id, 0, s.value);
+        plugin.Process(in.At(0), out.At(0), kFrames, &change);
+        EXPECT_EQ(plugin.reported.Last(kBypass), s.bypass) << s.id << " " << s.value;
+        EXPECT_EQ(plugin.reported.Last(kParamOnOff), s.power) << s.id << " " << s.value;
     }
 }
 
