@@ -66,13 +66,8 @@ public:
         if (done) *done = count;
         return kResultOk;
     }
-    tresult seek(int64_t to, int32_t mode, int64_t* result) override {
-        position = (size_t)std::max<int64_t>(0, to + (mode == kSeekCurrent ? (int64_t)position
-                                                      : mode == kSeekEnd      ? (int64_t)bytes.size()
-                                                                              : 0));
-        if (result) *result = (int64_t)position;
-        return kResultOk;
-    }
+    // The plug-in reads and writes in one go: no seeking.
+    tresult seek(int64_t, int32_t, int64_t*) override { return kNotImplemented; }
     tresult tell(int64_t* at) override { return *at = (int64_t)position, kResultOk; }
     std::string bytes;
     size_t position = 0;

@@ -37,17 +37,9 @@ public:
         resized = std::to_string(size->right - size->left) + "x" + std::to_string(size->bottom - size->top);
         return view->onSize(size);
     }
-    tresult registerEventHandler(IEventHandler* handler, int fd) override {
-        events = handler;
-        this->fd = fd;
-        return kResultOk;
-    }
+    tresult registerEventHandler(IEventHandler* handler, int fd) override { return events = handler, this->fd = fd, kResultOk; }
     tresult unregisterEventHandler(IEventHandler*) override { return events = nullptr, kResultOk; }
-    tresult registerTimer(ITimerHandler* handler, uint64_t milliseconds) override {
-        timer = handler;
-        interval = (int)milliseconds;
-        return kResultOk;
-    }
+    tresult registerTimer(ITimerHandler* handler, uint64_t ms) override { return timer = handler, interval = (int)ms, kResultOk; }
     tresult unregisterTimer(ITimerHandler*) override { return timer = nullptr, kResultOk; }
 
     void Run(int milliseconds) {
