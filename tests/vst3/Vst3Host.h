@@ -40,10 +40,10 @@ public:
         auto getFactory = (GetFactoryFunction)dlsym(library, "GetPluginFactory");
         if (entry && getFactory && entry(library)) factory = getFactory();
     }
+    // ModuleExit, but the library stays loaded, as hosts keep theirs: the
+    // leak checker trips over the thread-local data of an unloaded library.
     ~Module() {
-        if (!library) return;
-        if (auto exit = (ModuleExitFunction)dlsym(library, "ModuleExit")) exit();
-        dlclose(library);
+        if (auto exit = library ? (ModuleExitFunction)dlsym(library, "ModuleExit") : nullptr) exit();
     }
     void* library = nullptr;
     IPluginFactory* factory = nullptr;
