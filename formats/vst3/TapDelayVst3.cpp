@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -37,6 +38,31 @@ bool WriteAll(IBStream* stream, uint8_t* data, size_t size) {
         done += (size_t)put;
     }
     return true;
+}
+
+template <class Sample>
+Sample** Channels(const AudioBusBuffers& bus);
+template <>
+float** Channels<float>(const AudioBusBuffers& bus) { return bus.channelBuffers32; }
+template <>
+double** Channels<double>(const AudioBusBuffers& bus) { return bus.channelBuffers64; }
+
+// One block in the bus's sample size; an input without its buffers is
+// silence, read in place from the zeroed outputs.
+template <class Sample, class Changes>
+void Render(SplitRenderer& renderer, ATapDelay& effect, const AudioBusBuffers* in, AudioBusBuffers& out,
+            int frames, Changes& changes) {
+    Sample** inputs = in ? Channels<Sample>(*in) : nullptr;
+    const int numInputs = inputs ? std::min(in->numChannels, 2) : 0;
+    bool given = numInputs > 0;
+    for (int c = 0; c < numInputs; c++) given = given && inputs[c];
+    Sample** outputs = Channels<Sample>(out);
+    if (!given) {
+        for (int c = 0; c < 2; c++) std::fill(outputs[c], outputs[c] + frames, Sample(0));
+        renderer.Process(effect, outputs, 2, outputs, frames, changes);
+    } else {
+        renderer.Process(effect, inputs, numInputs, outputs, frames, changes);
+    }
 }
 
 // The resources lie in the bundle's Contents/Resources/, beside the folder
@@ -115,10 +141,7 @@ tresult TapDelayVst3::activateBus(int32_t type, int32_t direction, int32_t index
 // which here is the host's bypass, kept in its session.
 tresult TapDelayVst3::setActive(TBool state) {
     if (!host) return kNotInitialized;
-    if (state) {
-        host->Effect().startProcess();
-        reported.KnowAll(host->Effect());
-    }
+    if (state) host->Effect().startProcess();
     return kResultOk;
 }
 
@@ -165,7 +188,6 @@ tresult TapDelayVst3::canProcessSampleSize(int32_t size) {
 tresult TapDelayVst3::setupProcessing(ProcessSetup& setup) {
     if (!host) return kNotInitialized;
     if (canProcessSampleSize(setup.symbolicSampleSize) != kResultTrue) return kResultFalse;
-    sampleSize = setup.symbolicSampleSize;
     host->SetSampleRate(setup.sampleRate);
     host->Effect().setBlockSize(setup.maxSamplesPerBlock);
     return kResultOk;
@@ -226,34 +248,18 @@ tresult TapDelayVst3::process(ProcessData& data) {
     const int frames = data.numSamples;
     AudioBusBuffers* out = data.numOutputs > 0 ? data.outputs : nullptr;
     AudioBusBuffers* in = data.numInputs > 0 ? data.inputs : nullptr;
-    const bool wide = data.symbolicSampleSize == kSample64;
+    // The two sample sizes share the pointer: either one tells.
     const bool outputs = out && out->numChannels >= 2 && out->channelBuffers32 &&
                          out->channelBuffers32[0] && out->channelBuffers32[1];
     if (frames <= 0 || !outputs) {
         // Nothing to render (a host flushing parameters): the changes alone.
         for (int next; (next = changes.NextFrame()) != SplitRenderer::kNone;) changes.ApplyAt(next);
     } else {
-        const int numInputs = in && in->channelBuffers32 ? std::min(in->numChannels, 2) : 0;
-        bool inputsValid = numInputs > 0;
-        for (int c = 0; c < numInputs; c++) inputsValid = inputsValid && in->channelBuffers32[c];
         out->silenceFlags = 0;
-        if (wide) {
-            double** o = out->channelBuffers64;
-            if (!inputsValid) {  // silence in, read in place from the outputs
-                for (int c = 0; c < 2; c++) std::fill(o[c], o[c] + frames, 0.0);
-                renderer.Process(effect, o, 2, o, frames, changes);
-            } else {
-                renderer.Process(effect, in->channelBuffers64, numInputs, o, frames, changes);
-            }
-        } else {
-            float** o = out->channelBuffers32;
-            if (!inputsValid) {
-                for (int c = 0; c < 2; c++) std::fill(o[c], o[c] + frames, 0.0f);
-                renderer.Process(effect, o, 2, o, frames, changes);
-            } else {
-                renderer.Process(effect, in->channelBuffers32, numInputs, o, frames, changes);
-            }
-        }
+        if (data.symbolicSampleSize == kSample64)
+            Render<double>(renderer, effect, in, *out, frames, changes);
+        else
+            Render<float>(renderer, effect, in, *out, frames, changes);
     }
     ReportEffectChanges(data.outputParameterChanges, frames);
     return kResultOk;

@@ -132,7 +132,6 @@ private:
 
     // Set while the processor is inactive.
     bool monoInput = false;
-    int32_t sampleSize = vst3::kSample32;
     // Audio thread: the values the host knows from its own changes, and the
     // frames since the last look for the effect's (the first block looks).
     static constexpr int kReportFrames = 1024;  // about 20 ms
