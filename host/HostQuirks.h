@@ -56,7 +56,7 @@
 // |                               |                          | lock in restartComponent                                | from the editor's idle, never inside a host call        |
 // | VST 3: plain values in the    | Ardour 7                 | saves every parameter's plain value and sends it to the | plain values are the normalised ones (steps for stepped |
 // | session                       |                          | processor after it loaded the state                     | parameters): exact both ways                            |
-// | VST 3: the effect's own       | Ardour 7                 | takes the last point of each output parameter queue     | looks for them every 1024 frames (tempo sync, the       |
+// | VST 3: the effect's own       | Ardour 7                 | takes the last point of each output parameter queue     | looks for them every 2048 frames (tempo sync, the       |
 // | changes                       |                          | into its controls and its saved session; re-reads all   | editor) and reports them; the power switch and the      |
 // |                               |                          | values on kParamValuesChanged                           | bypass as both                                          |
 // | VST 3: resize answered by     | Ardour 7                 | calls onSize inside resizeView and returns its answer;  | fixed size at each scale: canResize false, onSize true  |

@@ -134,7 +134,7 @@ private:
     bool monoInput = false;
     // Audio thread: the values the host knows from its own changes, and the
     // frames since the last look for the effect's (the first block looks).
-    static constexpr int kReportFrames = 1024;  // about 20 ms
+    static constexpr int kReportFrames = 2048;  // about 45 ms
     ParameterMirror reported;
     int framesSinceReport = kReportFrames;
 

@@ -256,7 +256,7 @@ TEST_F(Vst3Plugin, ChangesAtSampleOffsetsAreSplitVst2Blocks) {
 TEST_F(Vst3Plugin, ProcessContextTempoMovesTheSyncedTapsAndTellsTheHost) {
     Plugin plugin(module);
     ASSERT_TRUE(plugin.Ready());
-    constexpr int kFrames = 1024;  // the plug-in looks for its own changes this often
+    constexpr int kFrames = 2048;  // the plug-in looks for its own changes this often
     plugin.Prepare(kSample32, kFrames);
     Stereo<float> in(kFrames), out(kFrames);
     Changes sync;
@@ -326,7 +326,7 @@ TEST_F(Vst3Plugin, BypassAndPowerSwitchStayInStep) {
         double value, bypass, power;
     } steps[] = {{kBypass, 1.0, 1.0, 0.0}, {kParamOnOff, 1.0, 0.0, 1.0}, {kParamOnOff, 0.0, 1.0, 0.0},
                  {kBypass, 0.0, 0.0, 1.0}};
-    constexpr int kFrames = 1024;  // the plug-in looks for its own changes this often
+    constexpr int kFrames = 2048;  // the plug-in looks for its own changes this often
     plugin.Prepare(kSample32, kFrames);
     Stereo<float> in(kFrames), out(kFrames);
     for (const auto& s : steps) {
