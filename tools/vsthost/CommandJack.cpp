@@ -242,6 +242,8 @@ int runJack(const Args& args, const std::string& self) {
     } else if (gui) {
         editor = std::make_unique<EditorSession>(*host, x->display(), client);
         printf("editor    open in the window \"%s\" (closing it quits)\n", client.c_str());
+    } else {
+        printf("editor    none (--no-gui): Ctrl-C or SIGTERM quits\n");
     }
     fflush(stdout);
 

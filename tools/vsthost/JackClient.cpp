@@ -82,6 +82,11 @@ JackClient::JackClient(const std::string& name) {
 
 JackClient::~JackClient() {
     deactivate();
+    {
+        // Closing after the server went away only repeats that it is gone.
+        std::lock_guard<std::mutex> lock(g_messageMutex);
+        g_quiet = serverGone_;
+    }
     jack_client_close(client_);
     close(shutdownFd_);
 }
