@@ -1,0 +1,122 @@
+// tapdelay's window on the X server: it opens titled with the client's name,
+// holds the editor, whose meters light while the test's client plays noise
+// through it (pictures left beside the test for a look), and closing it
+// quits.
+#include "tests/jack/JackRig.h"
+#include "tools/vsthost/EditorWindow.h"
+#include "tools/vsthost/Synth.h"
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+// After gtest: Xlib's macros (None, Bool) would rename gtest's own.
+#include <X11/Xlib.h>
+
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "tests/support/TempFolder.h"
+
+using namespace vsthost;
+
+namespace {
+
+// The top-level window with this name, once it is on the screen.
+Window FindWindow(Display* display, const std::string& name) {
+    for (int attempt = 0; attempt < 200; attempt++) {
+        Window root, parent, *children = nullptr;
+        unsigned count = 0;
+        Window found = 0;
+        XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
+        for (unsigned i = 0; i < count && !found; i++) {
+            char* title = nullptr;
+            XWindowAttributes attributes;
+            if (XFetchName(display, children[i], &title) && title && name == title &&
+                XGetWindowAttributes(display, children[i], &attributes) && attributes.map_state == IsViewable)
+                found = children[i];
+            if (title) XFree(title);
+        }
+        if (children) XFree(children);
+        if (found) return found;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return 0;
+}
+
+// The window's pixels as the PNG at `path` shows them.
+std::vector<uint32_t> Photograph(Display* display, Window window, const std::string& path, int& width) {
+    writeWindowPng(display, window, path);
+    cairo_surface_t* surface = cairo_image_surface_create_from_png(path.c_str());
+    width = cairo_image_surface_get_width(surface);
+    const int height = cairo_image_surface_get_height(surface);
+    std::vector<uint32_t> pixels;
+    for (int y = 0; y < height; y++) {
+        const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(surface) +
+                                                            y * cairo_image_surface_get_stride(surface));
+        for (int x = 0; x < width; x++) pixels.push_back(row[x] & 0xFFFFFF);
+    }
+    cairo_surface_destroy(surface);
+    return pixels;
+}
+
+void CloseWindow(Display* display, Window window) {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
+    XSendEvent(display, window, False, NoEventMask, &event);
+    XFlush(display);
+}
+
+}  // namespace
+
+TEST(TapDelayWindow, OpensWithMetersFollowingTheAudioAndQuitsWhenClosed) {
+    if (!std::getenv("DISPLAY") || !*std::getenv("DISPLAY")) {
+        ASSERT_STRNE(std::getenv("TAPDELAY_REQUIRE_X11"), "1") << "DISPLAY is not set";
+        GTEST_SKIP() << "no X display";
+    }
+    TempFolder folder;
+    JackServer server;
+    ASSERT_TRUE(server.Up());
+    Child tapdelay({TAPDELAY_EXE, "--name", "TapDelay on JACK", "--program", "8"}, folder.file("log.txt"),
+                   {"XDG_CONFIG_HOME=" + folder.path()});
+    TestClients clients;
+    ASSERT_TRUE(clients.ConnectThrough("TapDelay on JACK")) << tapdelay.Output();
+    Display* display = XOpenDisplay(nullptr);
+    ASSERT_NE(display, nullptr);
+    const Window window = FindWindow(display, "TapDelay on JACK");
+    ASSERT_NE(window, 0u) << tapdelay.Output();
+
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));  // the first paint
+    int width = 0;
+    const auto quiet = Photograph(display, window, JACK_TEST_PICTURES "/window-silent.png", width);
+    const AudioBuffer noise = makeNoise(48000, 2, 48000, 0.5f);  // -6 dBFS
+    clients.Loop(noise);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    const auto loud = Photograph(display, window, JACK_TEST_PICTURES "/window-playing.png", width);
+    clients.Stop();
+    ASSERT_EQ(width, 800);
+    ASSERT_EQ(quiet.size(), loud.size());
+
+    // The four meters (two columns at each side, from row 50 down) are the
+    // only pixels that the noise changes.
+    size_t litLeft = 0, litRight = 0, elsewhere = 0;
+    for (size_t i = 0; i < quiet.size(); i++) {
+        if (quiet[i] == loud[i]) continue;
+        const int x = (int)(i % width), y = (int)(i / width);
+        const bool meter = y >= 50 && y < 190 && ((x >= 32 && x < 50) || (x >= 754 && x < 772));
+        if (!meter) elsewhere++;
+        else (x < 400 ? litLeft : litRight)++;
+    }
+    EXPECT_GT(litLeft, 100u);
+    EXPECT_GT(litRight, 100u);
+    EXPECT_EQ(elsewhere, 0u);
+
+    CloseWindow(display, window);
+    EXPECT_EQ(tapdelay.Wait(), 0) << tapdelay.Output();
+    EXPECT_NE(tapdelay.Output().find("quit      the window was closed"), std::string::npos) << tapdelay.Output();
+    XCloseDisplay(display);
+}
