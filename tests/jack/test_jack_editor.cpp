@@ -1,7 +1,7 @@
 // tapdelay's window on the X server: it opens titled with the client's name,
 // holds the editor, whose meters light while the test's client plays noise
-// through it (pictures left beside the test for a look), and closing it
-// quits.
+// through it (pictures left beside the test for a look); a program saved in
+// the editor saves the standalone's state at once; closing the window quits.
 #include "tests/jack/JackRig.h"
 #include "tools/vsthost/EditorWindow.h"
 #include "tools/vsthost/Synth.h"
@@ -11,9 +11,12 @@
 #include <signal.h>
 // After gtest: Xlib's macros (None, Bool) would rename gtest's own.
 #include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
 
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <thread>
 
 #include "tests/support/TempFolder.h"
@@ -58,6 +61,16 @@ std::vector<uint32_t> Photograph(Display* display, Window window, const std::str
     }
     cairo_surface_destroy(surface);
     return pixels;
+}
+
+void Click(Display* display, Window window, int x, int y) {
+    Window child;
+    int rootX = 0, rootY = 0;
+    XTranslateCoordinates(display, window, DefaultRootWindow(display), x, y, &rootX, &rootY, &child);
+    XTestFakeMotionEvent(display, DefaultScreen(display), rootX, rootY, CurrentTime);
+    XTestFakeButtonEvent(display, 1, True, CurrentTime);
+    XTestFakeButtonEvent(display, 1, False, CurrentTime);
+    XFlush(display);
 }
 
 void CloseWindow(Display* display, Window window) {
@@ -114,6 +127,19 @@ TEST(TapDelayWindow, OpensWithMetersFollowingTheAudioAndQuitsWhenClosed) {
     EXPECT_GT(litLeft, 100u);
     EXPECT_GT(litRight, 100u);
     EXPECT_EQ(elsewhere, 0u);
+
+    // SAVE, and Return in its dialog: the plug-in saves the program, and
+    // tapdelay its state file, before it quits.
+    const std::string stateFile = folder.file("TapDelay/standalone.fxb");
+    ASSERT_FALSE(std::filesystem::exists(stateFile));
+    Click(display, window, 292, 18);
+    ASSERT_NE(FindWindow(display, "Save Program"), 0u);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Return), True, CurrentTime);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Return), False, CurrentTime);
+    XFlush(display);
+    for (int i = 0; i < 200 && !std::filesystem::exists(stateFile); i++)
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay.Output();
 
     CloseWindow(display, window);
     EXPECT_EQ(tapdelay.Wait(), 0) << tapdelay.Output();

@@ -20,8 +20,12 @@ namespace {
 
 std::string configFolder() {
     const char* xdg = std::getenv("XDG_CONFIG_HOME");
-    if (xdg && xdg[0] == '/')
-        return xdg;
+    if (xdg && xdg[0] == '/') {
+        std::string folder = xdg;
+        while (folder.size() > 1 && folder.back() == '/')
+            folder.pop_back();
+        return folder;
+    }
     const char* home = std::getenv("HOME");
     return std::string(home && *home ? home : ".") + "/.config";
 }
