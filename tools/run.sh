@@ -11,6 +11,6 @@ bash tools/setup.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)"
 cmake --install build >/dev/null
-echo "installed to $HOME/.vst/TapDelay/ and $HOME/.lv2/TapDelay.lv2/"
+echo "installed to $HOME/.vst/TapDelay/ and $HOME/.lv2/TapDelay.lv2/, tapdelay and vsthost to $HOME/.local/bin/"
 
 build/tools/vsthost/vsthost demo --plugin "$HOME/.vst/TapDelay/TapDelay.so" "$@"
