@@ -6,20 +6,13 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash tools/setup.sh
-if ! command -v gcovr >/dev/null; then
-  SUDO=""
-  [ "$(id -u)" -eq 0 ] || SUDO="sudo"
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends gcovr
-fi
+bash tools/setup.sh gcovr
 JOBS=${JOBS:-$(nproc)}
 FOLDER=build-coverage
 
-XVFB_NUMBER=$(mktemp)
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
-XVFB_PID=$!
-trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
-for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
-export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
+. tools/hostcheck/lib.sh
+hc_xvfb 1920x1080
+export TAPDELAY_REQUIRE_X11=1
 
 LAUNCHER=()
 command -v ccache >/dev/null && LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

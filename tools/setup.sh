@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and trying TapDelay
 # need, only those that are missing. Run as root (or with sudo available).
+# With package names as arguments it installs those instead (the host checks
+# fetch their hosts this way).
 set -euo pipefail
 
 PACKAGES=(
@@ -12,6 +14,7 @@ PACKAGES=(
   lsp-plugins-vst zam-plugins
   lv2-dev lilv-utils liblilv-dev jalv jackd2 libjack-jackd2-dev lsp-plugins-lv2
 )
+[ $# -eq 0 ] || PACKAGES=("$@")
 
 missing=()
 for package in "${PACKAGES[@]}"; do

@@ -12,14 +12,10 @@ JOBS=${JOBS:-$(nproc)}
 STARTED=$SECONDS
 stage() { echo "=== $1 (at $((SECONDS - STARTED)) s) ==="; }
 
-# The X11 tests run on a virtual X server of this run's own (-noreset: a server
-# that resets when its last client leaves turns the next one away).
-XVFB_NUMBER=$(mktemp)
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -noreset 3>"$XVFB_NUMBER" 2>/dev/null &
-XVFB_PID=$!
-trap 'kill "$XVFB_PID" 2>/dev/null; rm -f "$XVFB_NUMBER"' EXIT
-for _ in $(seq 100); do [ -s "$XVFB_NUMBER" ] && break; sleep 0.1; done
-export DISPLAY=":$(cat "$XVFB_NUMBER")" TAPDELAY_REQUIRE_X11=1
+# The X11 tests run on a virtual X server of this run's own.
+. tools/hostcheck/lib.sh
+hc_xvfb 1920x1080
+export TAPDELAY_REQUIRE_X11=1
 
 # ccache speeds up repeated runs when it is installed; nothing needs it.
 LAUNCHER=()

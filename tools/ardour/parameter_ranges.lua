@@ -2,15 +2,9 @@
 -- TapDelay's parameter properties. For a switch, the selectors and two plain
 -- values it prints Ardour's descriptor, then sets every step the descriptor
 -- offers and reads back what the plug-in then holds.
-local dir = arg[1]
-AudioEngine:set_backend("None (Dummy)", "", "")
-assert(create_session(dir, "ranges", 48000), "cannot create the session")
-local track = Session:new_audio_track(1, 2, nil, 1, "Echo", ARDOUR.PresentationInfo.max_order,
-                                      ARDOUR.TrackMode.Normal, true):front()
-local proc = ARDOUR.LuaAPI.new_plugin(Session, "TapDelay", ARDOUR.PluginType.LXVST, "")
-assert(not proc:isnil(), "Ardour does not know TapDelay")
-assert(track:add_processor_by_index(proc, 0, nil, true) == 0, "cannot add TapDelay")
-local plugin = proc:to_insert():plugin(0)
+local hc = dofile(os.getenv("HC_ARDOUR_PRELUDE"))
+hc.session(arg[1], "ranges")
+local _, proc, plugin = hc.track("Echo")
 
 local names = {[60] = "TempoSync", [33] = "FilterType0", [61] = "SyncNote", [1] = "Output", [45] = "FilterQ0"}
 local wanted = {[60] = 2, [33] = 3, [61] = 4}  -- values each must reach
