@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,39 +42,7 @@ pid_t Spawn(const std::vector<std::string>& argv, const std::string& log, const 
 
 }  // namespace
 
-// ------------------------------------------------------------ server -----
-
-JackServer::JackServer(int period, double rate) {
-    jack_set_error_function(Quiet);
-    jack_set_info_function(Quiet);
-    const std::string name = "tapdelay-test-" + std::to_string(getpid());
-    setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
-    // Synchronous, so that every client runs in every cycle however busy the
-    // machine is. (The dummy driver keeps real time: a shorter wait between
-    // cycles would make a shorter period, not a faster clock.)
-    m_pid = Spawn({"jackd", "-n", name, "-r", "-S", "-t", "5000", "-d", "dummy", "-r", std::to_string((int)rate),
-                   "-p", std::to_string(period)},
-                  "/dev/null", {});
-    for (int attempt = 0; attempt < 200 && m_pid > 0 && !m_up; attempt++) {
-        jack_client_t* probe = jack_client_open("probe", JackNoStartServer, nullptr);
-        if (probe) {
-            jack_client_close(probe);
-            m_up = true;
-        } else {
-            Sleep(0.05);
-        }
-    }
-}
-
-JackServer::~JackServer() { Stop(); }
-
-void JackServer::Stop() {
-    if (m_pid <= 0) return;
-    kill(m_pid, SIGTERM);
-    waitpid(m_pid, nullptr, 0);
-    m_pid = -1;
-    m_up = false;
-}
+std::string UniqueName(const std::string& name) { return name + "-" + std::to_string(getpid()); }
 
 // ------------------------------------------------------------- child -----
 
@@ -81,10 +50,8 @@ Child::Child(const std::vector<std::string>& argv, const std::string& log, const
     : m_pid(Spawn(argv, log, environment)), m_log(log) {}
 
 Child::~Child() {
-    if (m_pid > 0) {
-        kill(m_pid, SIGKILL);
-        waitpid(m_pid, nullptr, 0);
-    }
+    Signal(SIGKILL);
+    Wait();
 }
 
 void Child::Signal(int number) {
@@ -110,11 +77,54 @@ std::string Child::Output() const {
     return text.str();
 }
 
+// ------------------------------------------------------------ server -----
+
+// jackd keeps a machine-wide table of eight servers, and forgets to free
+// its entry when it is stopped with a client still connected (as the
+// server-gone test does); a name used again frees it. So the tests take
+// their names from a small pool, each held by a lock for the server's life.
+JackServer::JackServer(int period) {
+    jack_set_error_function(Quiet);
+    jack_set_info_function(Quiet);
+    std::string name;
+    for (int slot = 0; slot < 4 && m_lock < 0; slot++) {
+        name = "tapdelay-test-" + std::to_string(slot);
+        m_lock = open(("/tmp/" + name + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
+            close(m_lock);
+            m_lock = -1;
+        }
+    }
+    if (m_lock < 0) return;
+    setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
+    // Synchronous: every client runs in every cycle however busy the machine
+    // is. (The dummy driver keeps real time; its -w sets the period.)
+    m_jackd = std::make_unique<Child>(std::vector<std::string>{"jackd", "-n", name, "-r", "-S", "-t", "5000", "-d",
+                                                               "dummy", "-r", "48000", "-p", std::to_string(period)},
+                                      "/dev/null");
+    for (int attempt = 0; attempt < 200 && !m_up; attempt++) {
+        jack_client_t* probe = jack_client_open(UniqueName("probe").c_str(), JackNoStartServer, nullptr);
+        m_up = probe != nullptr;
+        if (probe) jack_client_close(probe);
+        else Sleep(0.05);
+    }
+}
+
+void JackServer::Stop() {
+    if (m_jackd) {
+        m_jackd->Signal(SIGTERM);
+        m_jackd->Wait();
+    }
+    if (m_lock >= 0) close(m_lock);
+    m_lock = -1;
+    m_up = false;
+}
+
 // ----------------------------------------------------------- clients -----
 
 TestClients::TestClients() {
-    m_player = jack_client_open("player", JackNoStartServer, nullptr);
-    m_recorder = jack_client_open("recorder", JackNoStartServer, nullptr);
+    m_player = jack_client_open(UniqueName("player").c_str(), JackNoStartServer, nullptr);
+    m_recorder = jack_client_open(UniqueName("recorder").c_str(), JackNoStartServer, nullptr);
     if (!m_player || !m_recorder) return;
     const char* names[2] = {"L", "R"};
     for (int k = 0; k < 2; k++) {
@@ -134,12 +144,11 @@ TestClients::~TestClients() {
 
 // A client's ports appear when it opens; they can be connected once it is
 // active.
-bool TestClients::ConnectThrough(const std::string& client, double seconds) {
-    if (!m_player || !m_recorder) return false;
+bool TestClients::ConnectThrough(const std::string& client) {
     const char* ins[2] = {":in_L", ":in_R"};
     const char* outs[2] = {":out_L", ":out_R"};
     bool connected = false;
-    for (int i = 0; i < seconds * 20 && !connected; i++) {
+    for (int attempt = 0; attempt < 400 && !connected && m_player && m_recorder; attempt++) {
         connected = true;
         for (int k = 0; k < 2; k++) {
             const int in = jack_connect(m_player, jack_port_name(m_out[k]), (client + ins[k]).c_str());
@@ -152,24 +161,23 @@ bool TestClients::ConnectThrough(const std::string& client, double seconds) {
     return connected;
 }
 
-vsthost::AudioBuffer TestClients::PlayAndRecord(const vsthost::AudioBuffer& audio, size_t frames, double seconds) {
-    m_recording = vsthost::AudioBuffer(audio.sampleRate, 2, frames);
-    m_recorded = false;
+void TestClients::Start(const vsthost::AudioBuffer& audio, bool loop) {
     m_audio = &audio;
-    m_looping = false;
+    m_looping = loop;
+    m_recorded = loop;  // a loop records nothing
     m_armed = true;
-    for (int i = 0; i < seconds * 100 && !m_recorded; i++) Sleep(0.01);
-    Stop();
+}
+
+vsthost::AudioBuffer TestClients::PlayAndRecord(const vsthost::AudioBuffer& audio, size_t frames) {
+    m_recording = vsthost::AudioBuffer(audio.sampleRate, 2, frames);
+    Start(audio, false);
+    for (int i = 0; i < 6000 && !m_recorded; i++) Sleep(0.01);
     if (!m_recorded) m_recording.resize(0);
+    Stop();
     return m_recording;
 }
 
-void TestClients::Loop(const vsthost::AudioBuffer& audio) {
-    m_audio = &audio;
-    m_looping = true;
-    m_recorded = true;  // nothing to record
-    m_armed = true;
-}
+void TestClients::Loop(const vsthost::AudioBuffer& audio) { Start(audio, true); }
 
 void TestClients::Stop() {
     m_armed = false;
@@ -180,7 +188,18 @@ void TestClients::Stop() {
 
 void TestClients::GiveTempo(double bpm) {
     m_bpm = bpm;
-    jack_set_timebase_callback(m_player, 0, Timebase, this);
+    jack_set_timebase_callback(
+        m_player, 0,
+        [](jack_transport_state_t, jack_nframes_t, jack_position_t* position, int, void* self) {
+            position->valid = JackPositionBBT;
+            position->bar = position->beat = 1;
+            position->tick = 0;
+            position->bar_start_tick = 0;
+            position->beats_per_bar = position->beat_type = 4;
+            position->ticks_per_beat = 1920;
+            position->beats_per_minute = static_cast<TestClients*>(self)->m_bpm;
+        },
+        this);
     jack_transport_start(m_player);
     WaitCycles(8);
 }
@@ -222,18 +241,6 @@ int TestClients::RecorderCycle(jack_nframes_t frames, void* self) {
     }
     if (first + frames >= wanted) t->m_recorded = true;
     return 0;
-}
-
-void TestClients::Timebase(jack_transport_state_t, jack_nframes_t, jack_position_t* position, int, void* self) {
-    position->valid = JackPositionBBT;
-    position->bar = 1;
-    position->beat = 1;
-    position->tick = 0;
-    position->bar_start_tick = 0;
-    position->beats_per_bar = 4;
-    position->beat_type = 4;
-    position->ticks_per_beat = 1920;
-    position->beats_per_minute = static_cast<TestClients*>(self)->m_bpm;
 }
 
 long FirstAbove(const vsthost::AudioBuffer& audio, float level, size_t from) {

@@ -1,8 +1,7 @@
 // What the JACK tests share: a JACK server of the test's own (jackd2's dummy
 // driver under a private name, so that tests side by side never meet), the
-// tests' own clients that play into a client under test and record what it
-// gives back in the same cycles, and the program under test as a child
-// process.
+// program under test as a child process, and the test's own clients, which
+// play into a client and record its outputs in the same cycles.
 #pragma once
 
 #include "tools/vsthost/AudioBuffer.h"
@@ -11,34 +10,19 @@
 #include <sys/types.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
 
-// jackd -d dummy, running for the object's life. Sets JACK_DEFAULT_SERVER
-// for this process and its children.
-class JackServer {
-public:
-    explicit JackServer(int period = 256, double rate = 48000.0);
-    ~JackServer();
-    JackServer(const JackServer&) = delete;
-    JackServer& operator=(const JackServer&) = delete;
-    bool Up() const { return m_up; }
-    void Stop();
-
-private:
-    pid_t m_pid = -1;
-    bool m_up = false;
-};
-
-// A program run with its output (stdout and stderr) in a file.
+// A program run with stdout and stderr in `log`, and `environment`
+// ("NAME=VALUE") added to ours.
 class Child {
 public:
-    // `environment`: "NAME=VALUE" entries added to this process's.
     Child(const std::vector<std::string>& argv, const std::string& log,
           const std::vector<std::string>& environment = {});
     ~Child();  // kills it if it still runs
     void Signal(int number);
-    // Exit status, or -1 when it did not end within the time or died of a signal.
+    // The exit status; -1 when it died of a signal or ran on for `seconds`.
     int Wait(double seconds = 30.0);
     std::string Output() const;
 
@@ -47,33 +31,48 @@ private:
     std::string m_log;
 };
 
-// Two clients of the test's own: "player" feeds a client's inputs, "recorder"
-// takes its outputs, so that JACK runs player, client, recorder in that order
-// within every cycle. The player can also be the transport's timebase master.
+// A client name of this test's own: libjack's socket for a client is named
+// after the client alone, so the same name on two servers at once collides.
+std::string UniqueName(const std::string& name);
+
+// jackd -d dummy for the object's life; JACK_DEFAULT_SERVER names it for
+// this process and its children.
+class JackServer {
+public:
+    explicit JackServer(int period = 256);
+    ~JackServer() { Stop(); }
+    bool Up() const { return m_up; }
+    void Stop();
+
+private:
+    std::unique_ptr<Child> m_jackd;
+    int m_lock = -1;
+    bool m_up = false;
+};
+
+// "player" feeds a client's in_L and in_R, "recorder" takes its out_L and
+// out_R: JACK runs player, client, recorder in that order in every cycle.
+// The player can be the transport's timebase master.
 class TestClients {
 public:
     TestClients();
     ~TestClients();
-    TestClients(const TestClients&) = delete;
-    TestClients& operator=(const TestClients&) = delete;
-
-    // Waits for `client`'s ports in_L, in_R, out_L and out_R, then connects them.
-    bool ConnectThrough(const std::string& client, double seconds = 20.0);
-    // Plays `audio` (two channels) from the next cycle on and records
-    // `frames` frames of the client's outputs from that same cycle.
-    vsthost::AudioBuffer PlayAndRecord(const vsthost::AudioBuffer& audio, size_t frames, double seconds = 60.0);
+    // Connects once `client` is active.
+    bool ConnectThrough(const std::string& client);
+    // Plays `audio` (stereo) from the next cycle on and returns the client's
+    // `frames` frames from that same cycle; nothing if it took too long.
+    vsthost::AudioBuffer PlayAndRecord(const vsthost::AudioBuffer& audio, size_t frames);
     // Plays `audio` over and over until Stop.
     void Loop(const vsthost::AudioBuffer& audio);
     void Stop();
-    // Becomes the timebase master with this tempo and starts the transport.
+    // The transport rolls with this tempo, the player its timebase master.
     void GiveTempo(double bpm);
-    // Waits for this many cycles of the player.
-    void WaitCycles(long cycles);
 
 private:
     static int PlayerCycle(jack_nframes_t frames, void* self);
     static int RecorderCycle(jack_nframes_t frames, void* self);
-    static void Timebase(jack_transport_state_t, jack_nframes_t, jack_position_t* position, int, void* self);
+    void Start(const vsthost::AudioBuffer& audio, bool loop);
+    void WaitCycles(long cycles);
 
     jack_client_t* m_player = nullptr;
     jack_client_t* m_recorder = nullptr;
@@ -87,6 +86,5 @@ private:
     std::atomic<double> m_bpm{0.0};
 };
 
-// The frame where |signal| first reaches `level` on either channel at or
-// after `from`; -1 if it never does.
+// The first frame at or after `from` where either channel reaches `level`; -1 for none.
 long FirstAbove(const vsthost::AudioBuffer& audio, float level, size_t from = 0);

@@ -22,10 +22,10 @@ namespace {
 
 constexpr double kRate = 48000.0;
 
-// tapdelay with its own preferences folder, as a child process.
+// tapdelay with its own preferences folder and client name, as a child process.
 std::unique_ptr<Child> StartTapDelay(const TempFolder& folder, const std::string& log,
                                      std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), TAPDELAY_EXE);
+    arguments.insert(arguments.begin(), {TAPDELAY_EXE, "--name", UniqueName("TapDelay")});
     return std::make_unique<Child>(arguments, folder.file(log), std::vector<std::string>{"XDG_CONFIG_HOME=" + folder.path()});
 }
 
@@ -54,7 +54,7 @@ TEST(TapDelayOnJack, PlaysWhatRenderMakesAtThePeriod) {
     ASSERT_TRUE(server.Up());
     auto tapdelay = StartTapDelay(folder, "log.txt", {"--no-gui", "--program", "0"});
     TestClients clients;
-    ASSERT_TRUE(clients.ConnectThrough("TapDelay")) << tapdelay->Output();
+    ASSERT_TRUE(clients.ConnectThrough(UniqueName("TapDelay"))) << tapdelay->Output();
     const AudioBuffer played = clients.PlayAndRecord(input, expected.frames());
     tapdelay->Signal(SIGTERM);
     EXPECT_EQ(tapdelay->Wait(), 0) << tapdelay->Output();
@@ -83,11 +83,11 @@ TEST(TapDelayOnJack, SyncedTapsFollowTheTransportsTempo) {
     for (const Case& c : cases) {
         SCOPED_TRACE("transport " + std::to_string(c.transportBpm) + " BPM, " + std::to_string(c.options.size()) + " options");
         TempFolder folder;
-        std::vector<std::string> options = {"--no-gui", "--program", "0", "--name", "Synced"};
+        std::vector<std::string> options = {"--no-gui", "--program", "0"};
         options.insert(options.end(), c.options.begin(), c.options.end());
         auto tapdelay = StartTapDelay(folder, "log.txt", options);
         TestClients clients;
-        ASSERT_TRUE(clients.ConnectThrough("Synced")) << tapdelay->Output();
+        ASSERT_TRUE(clients.ConnectThrough(UniqueName("TapDelay"))) << tapdelay->Output();
         if (c.transportBpm > 0) clients.GiveTempo(c.transportBpm);
         const AudioBuffer played = clients.PlayAndRecord(makeImpulse(kRate, 2, 100, 0), 33000);
         tapdelay->Signal(SIGTERM);
@@ -166,7 +166,7 @@ TEST(TapDelayOnJack, WithoutAServerSaysHowToStartOne) {
         for (const char* text : {"no JACK server is running", "jackd -d alsa", "jackd -d dummy"})
             EXPECT_TRUE(Contains(output, text)) << output;
         EXPECT_TRUE(Contains(output, c.runAs)) << output;
-        EXPECT_EQ(jack_client_open("probe", JackNoStartServer, nullptr), nullptr);
+        EXPECT_EQ(jack_client_open(UniqueName("probe").c_str(), JackNoStartServer, nullptr), nullptr);
     }
 }
 

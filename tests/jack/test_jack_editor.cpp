@@ -11,8 +11,6 @@
 #include <signal.h>
 // After gtest: Xlib's macros (None, Bool) would rename gtest's own.
 #include <X11/Xlib.h>
-#include <X11/extensions/XTest.h>
-#include <X11/keysym.h>
 
 #include <chrono>
 #include <cstring>
@@ -25,26 +23,13 @@ using namespace vsthost;
 
 namespace {
 
-// The top-level window with this name, once it is on the screen.
-Window FindWindow(Display* display, const std::string& name) {
-    for (int attempt = 0; attempt < 200; attempt++) {
-        Window root, parent, *children = nullptr;
-        unsigned count = 0;
-        Window found = 0;
-        XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
-        for (unsigned i = 0; i < count && !found; i++) {
-            char* title = nullptr;
-            XWindowAttributes attributes;
-            if (XFetchName(display, children[i], &title) && title && name == title &&
-                XGetWindowAttributes(display, children[i], &attributes) && attributes.map_state == IsViewable)
-                found = children[i];
-            if (title) XFree(title);
-        }
-        if (children) XFree(children);
-        if (found) return found;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return 0;
+// xdotool's answer: the id of the first visible window with that name.
+Window FindWindow(const std::string& name) {
+    FILE* pipe = popen(("timeout 20 xdotool search --sync --onlyvisible --name '^" + name + "$' 2>/dev/null").c_str(), "r");
+    unsigned long id = 0;
+    if (pipe && fscanf(pipe, "%lu", &id) != 1) id = 0;
+    if (pipe) pclose(pipe);
+    return id;
 }
 
 // The window's pixels as the PNG at `path` shows them.
@@ -52,9 +37,8 @@ std::vector<uint32_t> Photograph(Display* display, Window window, const std::str
     writeWindowPng(display, window, path);
     cairo_surface_t* surface = cairo_image_surface_create_from_png(path.c_str());
     width = cairo_image_surface_get_width(surface);
-    const int height = cairo_image_surface_get_height(surface);
     std::vector<uint32_t> pixels;
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < cairo_image_surface_get_height(surface); y++) {
         const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(surface) +
                                                             y * cairo_image_surface_get_stride(surface));
         for (int x = 0; x < width; x++) pixels.push_back(row[x] & 0xFFFFFF);
@@ -63,16 +47,7 @@ std::vector<uint32_t> Photograph(Display* display, Window window, const std::str
     return pixels;
 }
 
-void Click(Display* display, Window window, int x, int y) {
-    Window child;
-    int rootX = 0, rootY = 0;
-    XTranslateCoordinates(display, window, DefaultRootWindow(display), x, y, &rootX, &rootY, &child);
-    XTestFakeMotionEvent(display, DefaultScreen(display), rootX, rootY, CurrentTime);
-    XTestFakeButtonEvent(display, 1, True, CurrentTime);
-    XTestFakeButtonEvent(display, 1, False, CurrentTime);
-    XFlush(display);
-}
-
+// What a window manager's close button sends.
 void CloseWindow(Display* display, Window window) {
     XEvent event{};
     event.xclient.type = ClientMessage;
@@ -94,13 +69,14 @@ TEST(TapDelayWindow, OpensWithMetersFollowingTheAudioAndQuitsWhenClosed) {
     TempFolder folder;
     JackServer server;
     ASSERT_TRUE(server.Up());
-    Child tapdelay({TAPDELAY_EXE, "--name", "TapDelay on JACK", "--program", "8"}, folder.file("log.txt"),
+    const std::string name = UniqueName("TapDelay on JACK");
+    Child tapdelay({TAPDELAY_EXE, "--name", name, "--program", "8"}, folder.file("log.txt"),
                    {"XDG_CONFIG_HOME=" + folder.path()});
     TestClients clients;
-    ASSERT_TRUE(clients.ConnectThrough("TapDelay on JACK")) << tapdelay.Output();
+    ASSERT_TRUE(clients.ConnectThrough(name)) << tapdelay.Output();
     Display* display = XOpenDisplay(nullptr);
     ASSERT_NE(display, nullptr);
-    const Window window = FindWindow(display, "TapDelay on JACK");
+    const Window window = FindWindow(name);
     ASSERT_NE(window, 0u) << tapdelay.Output();
 
     std::this_thread::sleep_for(std::chrono::milliseconds(700));  // the first paint
@@ -132,11 +108,9 @@ TEST(TapDelayWindow, OpensWithMetersFollowingTheAudioAndQuitsWhenClosed) {
     // tapdelay its state file, before it quits.
     const std::string stateFile = folder.file("TapDelay/standalone.fxb");
     ASSERT_FALSE(std::filesystem::exists(stateFile));
-    Click(display, window, 292, 18);
-    ASSERT_NE(FindWindow(display, "Save Program"), 0u);
-    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Return), True, CurrentTime);
-    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Return), False, CurrentTime);
-    XFlush(display);
+    ASSERT_EQ(std::system(("xdotool mousemove --window " + std::to_string(window) + " 292 18 click 1").c_str()), 0);
+    ASSERT_NE(FindWindow("Save Program"), 0u);
+    ASSERT_EQ(std::system("xdotool key Return"), 0);
     for (int i = 0; i < 200 && !std::filesystem::exists(stateFile); i++)
         std::this_thread::sleep_for(std::chrono::milliseconds(25));
     EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay.Output();

@@ -19,12 +19,12 @@ TEST(JackProcessCallback, NeverWaits) {
     TempFolder folder;
     JackServer server(128);
     ASSERT_TRUE(server.Up());
-    std::vector<std::string> command = {TAPDELAY_EXE, "--name", "Realtime", "--program", "0"};
+    std::vector<std::string> command = {TAPDELAY_EXE, "--name", UniqueName("Realtime"), "--program", "0"};
     if (!std::getenv("DISPLAY") || !*std::getenv("DISPLAY")) command.push_back("--no-gui");
     Child tapdelay(command, folder.file("log.txt"),
                    {"XDG_CONFIG_HOME=" + folder.path(), "LD_PRELOAD=" REALTIME_INTERPOSER});
     TestClients clients;
-    ASSERT_TRUE(clients.ConnectThrough("Realtime")) << tapdelay.Output();
+    ASSERT_TRUE(clients.ConnectThrough(UniqueName("Realtime"))) << tapdelay.Output();
     const vsthost::AudioBuffer noise = vsthost::makeNoise(48000, 2, 24000, 0.5f);
     clients.Loop(noise);
     for (double bpm : {100.0, 140.0, 75.0}) {
