@@ -12,6 +12,6 @@ bash tools/setup.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)"
 cmake --install build >/dev/null
-echo "installed to $HOME/.vst/TapDelay/, $HOME/.vst3/TapDelay.vst3/, $HOME/.lv2/TapDelay.lv2/ and $HOME/.clap/TapDelay.clap"
+echo "installed to $HOME/.vst/TapDelay/, $HOME/.vst3/TapDelay.vst3/, $HOME/.lv2/TapDelay.lv2/ and $HOME/.clap/TapDelay.clap, tapdelay and vsthost to $HOME/.local/bin/"
 
 build/tools/vsthost/vsthost demo --plugin "$HOME/.vst/TapDelay/TapDelay.so" "$@"

@@ -4,6 +4,8 @@
 #include "tools/vsthost/PluginSetup.h"
 #include "tools/vsthost/Renderer.h"
 
+#include "TapDelayVersion.h"
+
 #include <cstdio>
 
 namespace vsthost {
@@ -52,6 +54,7 @@ int runInfo(const Args& args) {
     const AppliedSetup applied = applySetup(*host, setup);
 
     const VstIntPtr category = host->dispatch(effGetPlugCategory);
+    printf("Host          vsthost %s\n", TAPDELAY_VERSION);
     printf("Plug-in       %s (entry %s)\n", host->module().path().c_str(),
            host->module().entryName().c_str());
     printf("Effect        %s\n", host->effectName().c_str());

@@ -37,8 +37,10 @@ std::string executableFolder() {
 std::string defaultPluginPath() {
     std::vector<std::string> candidates = {VSTHOST_DEFAULT_PLUGIN};
     const std::string here = executableFolder();
-    if (!here.empty())
-        candidates.push_back(here + "../../TapDelay/TapDelay.so");  // build/tools/vsthost/
+    if (!here.empty()) {
+        candidates.push_back(here + "../../TapDelay/TapDelay.so");     // build/tools/vsthost/
+        candidates.push_back(here + "../lib/vst/TapDelay/TapDelay.so");  // PREFIX/bin/
+    }
     if (const char* home = getenv("HOME"))
         candidates.push_back(std::string(home) + "/.vst/TapDelay/TapDelay.so");
     for (const std::string& candidate : candidates)
