@@ -287,17 +287,17 @@ void ATapDelay::GetVU(float* inL, float* inR, float* outL, float* outR) {
 // --- identity --------------------------------------------------------------------
 
 bool ATapDelay::getEffectName(char* name) {
-    vstStrncpy(name, "TapDelay", kVstMaxEffectNameLen - 1);
+    vstStrncpy(name, kTapDelayName, kVstMaxEffectNameLen - 1);
     return true;
 }
 
 bool ATapDelay::getProductString(char* text) {
-    vstStrncpy(text, "TapDelay", kVstMaxProductStrLen - 1);
+    vstStrncpy(text, kTapDelayName, kVstMaxProductStrLen - 1);
     return true;
 }
 
 bool ATapDelay::getVendorString(char* text) {
-    vstStrncpy(text, "VELDOTEK Co.,Ltd.", kVstMaxVendorStrLen - 1);
+    vstStrncpy(text, kTapDelayVendor, kVstMaxVendorStrLen - 1);
     return true;
 }
 

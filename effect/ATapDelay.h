@@ -13,6 +13,10 @@
 #include "toolkit/CCriticalSection.h"
 #include "TapDelayVersion.h"
 
+// The names every format reports.
+constexpr const char kTapDelayName[] = "TapDelay";
+constexpr const char kTapDelayVendor[] = "VELDOTEK Co.,Ltd.";
+
 // What the effect tells the open editor window; null while no window is open.
 class IEditorView {
 public:

@@ -1,7 +1,7 @@
-// What real hosts do where it differs from what the VST 2.4 interface
-// documents, and what TapDelay does about it. Host-specific handling lives
-// here (or is named here); the effect asks these functions instead of
-// reading a host's raw answer itself.
+// What real hosts do where it differs from what the plug-in interfaces (VST
+// 2.4, VST 3, LV2, CLAP) document, and what TapDelay does about it.
+// Host-specific handling lives here (or is named here); the effect asks these
+// functions instead of reading a host's raw answer itself.
 //
 // | Case                          | Known hosts              | What the host does                                      | What we do                                              |
 // |-------------------------------|--------------------------|---------------------------------------------------------|---------------------------------------------------------|
@@ -52,6 +52,34 @@
 // |                               |                          |                                                         | the menu asks audioMasterSizeWindow (ui:resize)         |
 // | Keys never forwarded          | Qtractor, MusE           | never call effEditKeyDown                               | as for Ardour: the entry field takes the X keyboard     |
 // |                               |                          |                                                         | focus while it is shown                                 |
+// | Values restated after a CLAP  | Qtractor (Debian 12:     | keeps each value beside the state as text with six      | in the first values after a state load, one that reads  |
+// | state                         | 0.9.31)                  | digits and sets them after the state when it loads a    | the same in six digits as the loaded one is taken as it |
+// |                               |                          | preset (on a session load its flush at activation drops | (formats/clap): the bank stays exact                    |
+// |                               |                          | them)                                                   |                                                         |
+// | Empty CLAP gesture            | Qtractor 0.9.31          | sets the parameter to 0 at the end of a gesture that    | a gesture's begin goes out with its first value: a      |
+// |                               |                          | carried no value                                        | click that changes nothing sends nothing                |
+// | CLAP timers at one period     | Qtractor 0.9.31          | runs every plug-in timer on one shared timer, restarted | X input still comes at once through the fd support; the |
+// |                               |                          | at 200 ms once an editor opens                          | meters and the host's changes show 5 times a second     |
+// | A CLAP transport tempo of 0   | Qtractor 0.9.31 (the     | flags a tempo in the transport, and the tempo is 0      | no tempo (EffectHost::SetTempo): the tap times stay as  |
+// |                               | block it runs on         |                                                         | they are                                                |
+// |                               | loading)                 |                                                         |                                                         |
+// | VST 3: controller initialised | Ardour 7 (7.3)           | asks the component for its controller (one object) and  | counted: the effect is made once; the last terminate    |
+// | twice                         |                          | calls initialize and terminate on both                  | lets go of the host's handler                           |
+// | VST 3: program sent inside a  | Ardour 7                 | holds its process lock while it sends a program to the  | the program loads there on the UI thread and its values |
+// | host lock                     |                          | controller (setParamNormalized), and takes the same     | reach the host as output changes; restartComponent only |
+// |                               |                          | lock in restartComponent                                | from the editor's idle, never inside a host call        |
+// | VST 3: plain values in the    | Ardour 7                 | saves every parameter's plain value and sends it to the | plain values are the normalised ones (steps for stepped |
+// | session                       |                          | processor after it loaded the state                     | parameters): exact both ways                            |
+// | VST 3: the effect's own       | Ardour 7                 | takes the last point of each output parameter queue     | looks for them every 2048 frames (tempo sync, the       |
+// | changes                       |                          | into its controls and its saved session; re-reads all   | editor) and reports them; the power switch and the      |
+// |                               |                          | values on kParamValuesChanged                           | bypass as both                                          |
+// | VST 3: resize answered by     | Ardour 7                 | calls onSize inside resizeView and returns its answer;  | fixed size at each scale: canResize false, onSize true  |
+// | onSize                        |                          | sizes its window from resizeView when canResize is      | for that size; the Size menu or the desktop pick the    |
+// |                               |                          | false; never sends a content scale                      | scale                                                   |
+// | VST 3: a view made to ask     | Ardour 7                 | creates a view only to ask isPlatformTypeSupported and  | a view is cheap until attached; a second view attached  |
+// |                               |                          | releases it unattached                                  | while one shows the editor stays empty                  |
+// | VST 3: processor switched off | Ardour 7                 | switching the plug-in off in the mixer leaves its       | nothing: the bypass is Ardour's control "Bypass" of the |
+// |                               |                          | bypass parameter alone                                  | plug-in                                                 |
 #pragma once
 
 #include <string>

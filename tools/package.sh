@@ -130,8 +130,9 @@ TOP=$NAME-$VERSION
 mv "$ROOT" "$STAGE/$TOP"
 items=$(cd "$STAGE/$TOP" && find usr \( -path 'usr/lib/*/*' -o -path 'usr/bin/*' -o -path 'usr/share/doc/*' \
         -o -path 'usr/share/man/*/*' -o -type f \) -prune -print | sort | sed 's|^|    /|')
-sed -e "s|@VERSION@|$VERSION|g" -e "s|@DEPENDS@|$DEPENDS|" tools/package/INSTALL |
-    awk -v items="$items" '$0 == "@ITEMS@" { print items; next } { print }' > "$STAGE/$TOP/INSTALL"
+awk -v version="$VERSION" -v depends="$DEPENDS" -v items="$items" '
+    $0 == "@ITEMS@" { print items; next }
+    { gsub(/@VERSION@/, version); sub(/@DEPENDS@/, depends); print }' tools/package/INSTALL > "$STAGE/$TOP/INSTALL"
 chmod 0644 "$STAGE/$TOP/INSTALL"
 touch --date="@$SOURCE_DATE_EPOCH" "$STAGE/$TOP/INSTALL" "$STAGE/$TOP"
 tar -C "$STAGE" --sort=name --owner=0 --group=0 --numeric-owner --mtime="@$SOURCE_DATE_EPOCH" \

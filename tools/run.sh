@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up a fresh machine, builds and installs TapDelay to your own folders
-# (~/.vst/TapDelay/, ~/.lv2/TapDelay.lv2/, ..., vsthost to ~/.local/bin/),
+# (~/.vst/TapDelay/, ~/.vst3/TapDelay.vst3/, ~/.lv2/TapDelay.lv2/,
+# ~/.clap/TapDelay.clap, tapdelay and vsthost to ~/.local/bin/),
 # then runs the main job: the command-line host renders a synthesised phrase
 # through several factory presets of the installed plug-in and writes WAV
 # files and pictures (extra arguments go to `vsthost demo`, e.g. --out DIR).

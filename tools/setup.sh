@@ -12,7 +12,7 @@ PACKAGES=(
   clang libclang-rt-14-dev
   libxtst-dev xvfb xauth xdotool x11-utils x11-xserver-utils valgrind
   lsp-plugins-vst zam-plugins
-  lv2-dev lilv-utils liblilv-dev jalv jackd2 lsp-plugins-lv2
+  lv2-dev lilv-utils liblilv-dev jalv jackd2 libjack-jackd2-dev lsp-plugins-lv2
   dpkg-dev help2man lintian
 )
 [ $# -eq 0 ] || PACKAGES=("$@")

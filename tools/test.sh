@@ -43,7 +43,7 @@ fi
 # packs it, with the package checks.
 stage "Release build, package, smoke and package tests"
 configure_release
-cmake --build "$RELEASE_BUILD" -j"$JOBS" --target smoke
+cmake --build "$RELEASE_BUILD" -j"$JOBS" --target smoke package_checks
 rm -rf "$RELEASE_BUILD/package"
 bash tools/package.sh "$RELEASE_BUILD/package"
 ctest --test-dir "$RELEASE_BUILD" --output-on-failure -j"$JOBS" -L "smoke|package"

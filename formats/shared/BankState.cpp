@@ -11,18 +11,43 @@ namespace {
 
 constexpr uint8_t kHeader[kHeaderBytes] = {'T', 'D', 's', 't', 1, 0, 0, 0};
 
+// The bank inside a state Save wrote, or null.
+const uint8_t* BankOf(const void* data, size_t size) {
+    if (!data || size != kBytes || std::memcmp(data, kHeader, kHeaderBytes) != 0) return nullptr;
+    const uint8_t* bank = static_cast<const uint8_t*>(data) + kHeaderBytes;
+    return IsBank(bank, kBankBytes) ? bank : nullptr;
+}
+
 }  // namespace
 
 void Save(ATapDelay& effect, uint8_t* out) {
     void* bank = nullptr;
     effect.getChunk(&bank, false);
     std::memcpy(out, kHeader, kHeaderBytes);
-    std::memcpy(out + kHeaderBytes, bank, kBankBytes);
+    uint8_t* saved = out + kHeaderBytes;
+    std::memcpy(saved, bank, kBankBytes);
+    ATapDelayProgram record;
+    std::memcpy(&record, saved, kProgramBytes);
+    uint8_t* current = saved + record.currentProgram * kProgramBytes;
+    std::memcpy(&record, current, kProgramBytes);
+    for (int index = 0; index < kNumParams; index++) record.values[SlotOfParam(index)] = effect.getParameter(index);
+    std::memcpy(current, &record, kProgramBytes);
 }
 
 bool Restore(ATapDelay& effect, const void* data, size_t size) {
-    if (!data || size != kBytes || std::memcmp(data, kHeader, kHeaderBytes) != 0) return false;
-    return RestoreBank(effect, static_cast<const uint8_t*>(data) + kHeaderBytes, kBankBytes);
+    const uint8_t* bank = BankOf(data, size);
+    return bank && RestoreBank(effect, bank, kBankBytes);
+}
+
+bool ReadCurrent(const void* data, size_t size, int* program, float values[kNumParams]) {
+    const uint8_t* bank = BankOf(data, size);
+    if (!bank) return false;
+    ATapDelayProgram record;
+    std::memcpy(&record, bank, kProgramBytes);
+    *program = record.currentProgram;
+    std::memcpy(&record, bank + *program * kProgramBytes, kProgramBytes);
+    for (int index = 0; index < kNumParams; index++) values[index] = record.values[SlotOfParam(index)];
+    return true;
 }
 
 bool IsBank(const void* data, size_t size) {

@@ -5,10 +5,15 @@
 
 #include "editor/CDelayEditor.h"
 #include "host/HostQuirks.h"
+#include "toolkit/ResourceFolder.h"
 
 EffectHost::EffectHost(const std::string& resourceFolder)
     : folder(resourceFolder.empty() ? HostQuirks::PluginFolder(nullptr) : resourceFolder) {
     if (!folder.empty() && folder.back() != '/') folder += '/';
+    // The editor's pictures and texts lie there too; the toolkit's own guess,
+    // the library's folder, is not that folder in every bundle (VST 3 keeps
+    // them in Contents/Resources/). Set before the effect makes its editor.
+    AfxSetResourceFolder(folder.c_str());
     effect = new ATapDelay(&Callback);
     effect->getAeffect()->user = this;
     effect->open();  // finds the factory bank in the resource folder

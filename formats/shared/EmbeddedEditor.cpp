@@ -18,13 +18,16 @@ void EmbeddedEditor::GetSize(int* width, int* height) {
 }
 
 bool EmbeddedEditor::Open(uint64_t parent) {
-    return parent && editor.open(reinterpret_cast<void*>(static_cast<uintptr_t>(parent)));
+    if (opened || IsOpen() || !parent) return false;
+    opened = editor.open(reinterpret_cast<void*>(static_cast<uintptr_t>(parent)));
+    return opened;
 }
 
 bool EmbeddedEditor::IsOpen() const { return editor.GetWindow() != nullptr; }
 
 void EmbeddedEditor::Close() {
-    if (!IsOpen()) return;
+    if (!opened) return;
+    opened = false;
     editor.close();
     host.FlushGestures(true);
 }

@@ -14,7 +14,7 @@ public:
     static constexpr int kIdleIntervalMs = 30;
 
     explicit EmbeddedEditor(EffectHost& host);
-    ~EmbeddedEditor();  // closes
+    ~EmbeddedEditor();  // closes what this one opened
     EmbeddedEditor(const EmbeddedEditor&) = delete;
     EmbeddedEditor& operator=(const EmbeddedEditor&) = delete;
 
@@ -28,6 +28,8 @@ public:
     // window is gone.
     bool Open(uint64_t parent);
     bool IsOpen() const;
+    // Closes the editor if this one opened it (the effect has one editor; a
+    // host may make a second view that never shows it).
     void Close();
     // The editor's own X window inside the parent (0 while closed).
     uint64_t Window() const;
@@ -40,4 +42,5 @@ public:
 private:
     EffectHost& host;
     CDelayEditor& editor;
+    bool opened = false;
 };

@@ -188,11 +188,13 @@ TEST_F(FormatShared, BankStateRoundTripsAndRefusesWhatIsNotOurs) {
     EffectHost first(TAPDELAY_PLUGIN_DIR), second(TAPDELAY_PLUGIN_DIR);
     first.Effect().setProgram(7);
     first.Effect().setParameter(kParamBalance, 0.125f);
+    first.Effect().setParameter(kParamTempoSync, 0.0f);  // not in the effect's record, in the state
     std::vector<uint8_t> state(BankState::kBytes);
     BankState::Save(first.Effect(), state.data());
     ASSERT_TRUE(BankState::Restore(second.Effect(), state.data(), state.size()));
     EXPECT_EQ(second.Effect().getProgram(), 7);
     EXPECT_EQ(second.Effect().getParameter(kParamBalance), 0.125f);
+    EXPECT_EQ(second.Effect().getParameter(kParamTempoSync), 0.0f);
     std::vector<uint8_t> again(BankState::kBytes);
     BankState::Save(second.Effect(), again.data());
     EXPECT_EQ(again, state);

@@ -10,8 +10,9 @@
 #             factory programs
 #   lv2       lilv reads the package's bundle, which renders as the build's
 #   lintian   no error and no warning
-#   load FILE COMMAND...  COMMAND with the unpacked FILE (a path in the package)
-#             appended must succeed: how a format's own test host loads it
+#   load FILE COMMAND...  COMMAND must succeed with PACKAGE_FILE naming the
+#             unpacked FILE (a path in the package): a format's own test host
+#   load-link FILE COMMAND...  the same through a lone link to FILE
 # Those that run the package's files also check that nothing was written
 # into the installed tree.
 # Exits 77 (skipped) when there is no package: tools/package.sh makes it.
@@ -77,7 +78,7 @@ contents)
         check "CLAP plug-in" has usr/lib/clap/TapDelay.clap
         check "CLAP resources" has usr/lib/clap/TapDelay/TapDelayDef.fxb
     fi
-    if built tapdelay -type f -executable; then check "standalone program" has usr/bin/tapdelay; fi
+    if built tapdelay -executable -not -type d; then check "standalone program" has usr/bin/tapdelay; fi
     check "vsthost" has usr/bin/vsthost
     for program in $(grep '^usr/bin/.' <<<"$listing"); do
         check "manual page of ${program#usr/bin/}" has "usr/share/man/man1/${program#usr/bin/}.1.gz"
@@ -127,10 +128,15 @@ lintian)
     grep -v "root privileges" "$work/lintian.txt" || true
     check "lintian: no error, no warning" [ "$status" -eq 0 ]
     ;;
-load)
-    file=$1
+load | load-link)
+    file=$root/$1
     shift
-    check "$* loads $file" "$@" "$root/$file"
+    if [ "$case" = load-link ]; then
+        mkdir -p "$HOME/links"
+        ln -s "$file" "$HOME/links/"
+        file=$HOME/links/$(basename "$file")
+    fi
+    check "$(basename "$1") $2 with $file" env PACKAGE_FILE="$file" "$@"
     ;;
 *)
     echo "unknown case $case" >&2

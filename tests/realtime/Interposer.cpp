@@ -1,6 +1,9 @@
 // Preloaded into the audio-thread test: counts the calls that may wait
 // (allocation, locks, files, X) made by a thread while it is marked as the
 // audio thread. Everything is passed on to the real functions.
+// Preloaded into a JACK client, it marks the thread itself for every run of
+// the client's process callback and reports the counts when the program
+// ends.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -9,6 +12,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 
 #include "tests/realtime/Interposer.h"
@@ -94,3 +98,43 @@ PASS_ON_OPEN(open, (const char* path, int flags, ...), (path, flags, mode))
 PASS_ON_OPEN(openat, (int dir, const char* path, int flags, ...), (dir, path, flags, mode))
 
 }  // extern "C"
+
+// ------------------------------------------------------------------ JACK --
+
+namespace {
+
+using JackProcess = int (*)(uint32_t frames, void* arg);
+struct WatchedProcess {
+    JackProcess process;
+    void* arg;
+};
+constexpr int kMaxProcesses = 8;
+WatchedProcess g_processes[kMaxProcesses];
+std::atomic<int> g_processCount{0};
+std::atomic<unsigned long> g_watchedCycles{0};
+
+int RunWatched(uint32_t frames, void* slot) {
+    const auto* watched = static_cast<const WatchedProcess*>(slot);
+    t_watching = true;
+    const int result = watched->process(frames, watched->arg);
+    t_watching = false;
+    g_watchedCycles.fetch_add(1, std::memory_order_relaxed);
+    return result;
+}
+
+__attribute__((destructor)) void ReportJackCycles() {
+    if (g_processCount == 0) return;
+    fprintf(stderr, "interposer: %lu process cycles: %u allocations or frees, %u lock calls, %u file calls, %u X calls\n",
+            g_watchedCycles.load(), g_counts[kAllocation].load(), g_counts[kLock].load(), g_counts[kFile].load(),
+            g_counts[kX].load());
+}
+
+}  // namespace
+
+extern "C" int jack_set_process_callback(void* client, JackProcess process, void* arg) {
+    static auto real = Next<int (*)(void*, JackProcess, void*)>("jack_set_process_callback");
+    const int slot = g_processCount++;
+    if (slot >= kMaxProcesses) return real(client, process, arg);
+    g_processes[slot] = {process, arg};
+    return real(client, RunWatched, &g_processes[slot]);
+}

@@ -205,11 +205,5 @@ fi
 
 # 11. Quit with an editor open: Ardour must end cleanly.
 hc_ardour_save || true
-hc_ardour_menu 494
-rc=0
-hc_stop ardour 30 || rc=$?
-hc_verdict quit "exit status $rc" test "$rc" = 0
-if grep -E -i 'segmentation|sigsegv|terminate called|aborted|backtrace' "$out/ardour.err" "$out/ardour.out"; then
-  hc_fail crash "messages in Ardour's output"
-fi
+hc_ardour_quit
 hc_finish

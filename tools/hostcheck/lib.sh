@@ -41,6 +41,9 @@
 #   hc_ardour_gui [DEVICE]    GUI settings: no first-run dialogs, the dummy backend playing DEVICE
 #   hc_ardour_start           the GUI on HC_SESSION, shots 00-ardour and 01-mixer (its Mixer window)
 #   hc_ardour_edit STRIP      double click on the first plug-in of mixer strip 1, 2, ...
+#   hc_ardour_editor [SIZE]   strip 1's plug-in editor (800x360) opened: the origin at its corner,
+#                             HC_EDITOR its X window, shot 02-editor
+#   hc_ardour_quit            Session > Quit: a clean exit, nothing alarming in Ardour's output
 #   hc_ardour_menu Y          an item of the Session menu;  hc_ardour_save: Session > Save
 #   hc_ardour_value FILE NAME a value stored for the first plug-in's control NAME in a session file
 # Qtractor 0.9.31
@@ -291,6 +294,24 @@ hc_ardour_start() {
   hc_shot 01-mixer 1.5
 }
 hc_ardour_edit() { xdotool mousemove $((220 + 110 * $1)) 214 click --repeat 2 --delay 80 1; }
+hc_ardour_editor() {
+  local size=${1:-800x360}
+  hc_ardour_edit 1
+  hc_wait 15 hc_child "$size" || hc_abort editor "the TapDelay editor did not open" 02-no-editor
+  read -r HC_EDITOR_X HC_EDITOR_Y HC_EDITOR < <(hc_child "$size")
+  hc_origin "$HC_EDITOR_X" "$HC_EDITOR_Y"
+  hc_shot 02-editor 1
+  hc_pass editor "Ardour embeds TapDelay's $size editor ($HC_EDITOR) at $HC_EDITOR_X,$HC_EDITOR_Y"
+}
+hc_ardour_quit() {
+  local rc=0
+  hc_ardour_menu 494
+  hc_stop ardour 30 || rc=$?
+  hc_verdict quit "exit status $rc" test "$rc" = 0
+  if grep -E -i 'segmentation|sigsegv|terminate called|aborted|backtrace' "$out/ardour.err" "$out/ardour.out"; then
+    hc_fail crash "messages in Ardour's output"
+  fi
+}
 hc_ardour_menu() { xdotool mousemove 29 11 click 1; sleep 0.8; xdotool mousemove 42 "$1" click 1; }
 hc_ardour_save() {
   local before

@@ -14,12 +14,7 @@ hc_ardour_gui
 hc_ardour_session "$here/ardour_session.lua" "$work/session"
 hc_ardour_start
 
-hc_ardour_edit 1
-hc_wait 15 hc_child 800x360 || hc_abort editor "the TapDelay editor did not open" 02-no-editor
-read -r ex ey _ < <(hc_child 800x360)
-hc_origin "$ex" "$ey"
-hc_shot 02-editor 1
-hc_pass editor "Ardour embeds TapDelay's 800x360 editor at $ex,$ey"
+hc_ardour_editor
 
 hc_click 79 88   # tap 0's delay switch: off
 hc_shot 03-switch-off 1

@@ -54,7 +54,7 @@ int runInfo(const Args& args) {
     const AppliedSetup applied = applySetup(*host, setup);
 
     const VstIntPtr category = host->dispatch(effGetPlugCategory);
-    printf("Host          vsthost (TapDelay) %s\n", TAPDELAY_VERSION);
+    printf("Host          vsthost %s\n", TAPDELAY_VERSION);
     printf("Plug-in       %s (entry %s)\n", host->module().path().c_str(),
            host->module().entryName().c_str());
     printf("Effect        %s\n", host->effectName().c_str());

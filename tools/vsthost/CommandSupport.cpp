@@ -12,7 +12,7 @@ bool parseCommandLine(ArgParser& parser, const Args& args, const std::string& us
     parser.flag("help", 'h', "show this help");
     parsed = parser.parse(args);
     if (parsed.has("help")) {
-        printf("usage: %s\n\noptions:\n%s", usage.c_str(), parser.help().c_str());
+        printf("Usage: %s\n\nOptions:\n%s", usage.c_str(), parser.help().c_str());
         return false;
     }
     return true;

@@ -15,5 +15,7 @@ int runDemo(const Args& args);
 int runValidate(const Args& args);
 int runBench(const Args& args);
 int runEdit(const Args& args);
+// `self` is the name the program was called by: "vsthost jack" or "tapdelay".
+int runJack(const Args& args, const std::string& self);
 
 }  // namespace vsthost

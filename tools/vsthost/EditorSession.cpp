@@ -70,51 +70,78 @@ bool editorSize(PluginHost& host, int& width, int& height) {
     return width > 0 && height > 0;
 }
 
-}  // namespace
+// Asks for the content scale before the size: the editor's size follows it.
+void sendScale(PluginHost& host, float scale) {
+    if (scale <= 0.0f)
+        return;
+    constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+    constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+    if (!host.dispatch(effVendorSpecific, kContentScale, kScaleFactor, nullptr, scale))
+        fprintf(stderr, "vsthost: the plug-in did not take the scale %g\n", scale);
+}
 
-void runEditorSession(PluginHost& host, Display* display, const EditorSessionOptions& options) {
+// The window at the editor's size, or at a guess for editors that know their
+// size only once open.
+EditorWindow makeWindow(PluginHost& host, Display* display, const std::string& title, float scale,
+                        int& width, int& height) {
     if (!host.hasFlag(effFlagsHasEditor))
         throw HostError("the plug-in has no editor");
-    if (options.scale > 0.0f) {
-        constexpr VstInt32 kContentScale = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
-        constexpr VstIntPtr kScaleFactor = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
-        if (!host.dispatch(effVendorSpecific, kContentScale, kScaleFactor, nullptr, options.scale))
-            fprintf(stderr, "vsthost: the plug-in did not take the scale %g\n", options.scale);
-    }
-    int width = 0, height = 0;
+    sendScale(host, scale);
     if (!editorSize(host, width, height))
-        width = 400, height = 300;  // some editors know their size only once open
-    EditorWindow window(display, host.effectName(), width, height);
-    if (!host.dispatch(effEditOpen, 0, 0, window.parentHandle()))
-        throw HostError("the plug-in could not open its editor");
-    int openWidth = width, openHeight = height;
-    if (editorSize(host, openWidth, openHeight) && (openWidth != width || openHeight != height))
-        window.resize(openWidth, openHeight);
-    window.show();
+        width = 400, height = 300;
+    return EditorWindow(display, title, width, height);
+}
 
-    {
-        AudioThread audio(host, options.audio);
-        const auto start = Clock::now();
-        const auto period = std::chrono::duration<double>(1.0 / options.idleRate);
-        for (long tick = 1; window.handleEvents(); ++tick) {
-            host.dispatch(effEditIdle);
-            const CallbackLog log = host.callbackLog();
-            if (log.sizeWindowWidth > 0 && (log.sizeWindowWidth != openWidth || log.sizeWindowHeight != openHeight)) {
-                openWidth = log.sizeWindowWidth;
-                openHeight = log.sizeWindowHeight;
-                window.resize(openWidth, openHeight);
-                printf("resized   %d x %d\n", openWidth, openHeight);
-                fflush(stdout);
-            }
-            if (!options.screenshot.empty() &&
-                Clock::now() - start >= std::chrono::duration<double>(options.after)) {
-                window.writePng(options.screenshot);
-                break;
-            }
-            std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(period * tick));
-        }
+}  // namespace
+
+EditorSession::EditorSession(PluginHost& host, Display* display, const std::string& title, float scale)
+    : host_(host), window_(makeWindow(host, display, title, scale, width_, height_)) {
+    if (!host.dispatch(effEditOpen, 0, 0, window_.parentHandle()))
+        throw HostError("the plug-in could not open its editor");
+    int openWidth = width_, openHeight = height_;
+    if (editorSize(host, openWidth, openHeight) && (openWidth != width_ || openHeight != height_)) {
+        width_ = openWidth;
+        height_ = openHeight;
+        window_.resize(width_, height_);
     }
-    host.dispatch(effEditClose);
+    window_.show();
+}
+
+EditorSession::~EditorSession() {
+    host_.dispatch(effEditClose);
+}
+
+bool EditorSession::idle() {
+    if (!window_.handleEvents())
+        return false;
+    host_.dispatch(effEditIdle);
+    return true;
+}
+
+void EditorSession::followSizeRequest(const CallbackLog& log) {
+    if (log.sizeWindowWidth <= 0 || (log.sizeWindowWidth == width_ && log.sizeWindowHeight == height_))
+        return;
+    width_ = log.sizeWindowWidth;
+    height_ = log.sizeWindowHeight;
+    window_.resize(width_, height_);
+    printf("resized   %d x %d\n", width_, height_);
+    fflush(stdout);
+}
+
+void runEditorSession(PluginHost& host, Display* display, const EditorSessionOptions& options) {
+    EditorSession editor(host, display, host.effectName(), options.scale);
+    AudioThread audio(host, options.audio);
+    const auto start = Clock::now();
+    const auto period = std::chrono::duration<double>(1.0 / options.idleRate);
+    for (long tick = 1; editor.idle(); ++tick) {
+        editor.followSizeRequest(host.callbackLog());
+        if (!options.screenshot.empty() &&
+            Clock::now() - start >= std::chrono::duration<double>(options.after)) {
+            editor.writePng(options.screenshot);
+            break;
+        }
+        std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(period * tick));
+    }
 }
 
 }  // namespace vsthost

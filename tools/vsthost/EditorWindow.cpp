@@ -110,11 +110,15 @@ bool EditorWindow::handleEvents() {
 }
 
 void EditorWindow::writePng(const std::string& path) const {
-    XSync(display_, False);
+    writeWindowPng(display_, window_, path);
+}
+
+void writeWindowPng(Display* display, unsigned long window, const std::string& path) {
+    XSync(display, False);
     XWindowAttributes attributes;
-    if (!XGetWindowAttributes(display_, window_, &attributes))
+    if (!XGetWindowAttributes(display, window, &attributes))
         throw HostError("the editor window is gone");
-    XImage* image = XGetImage(display_, window_, 0, 0, attributes.width, attributes.height,
+    XImage* image = XGetImage(display, window, 0, 0, attributes.width, attributes.height,
                               AllPlanes, ZPixmap);
     if (!image)
         throw HostError("cannot read the editor window's pixels");

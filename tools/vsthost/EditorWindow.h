@@ -36,6 +36,10 @@ private:
     bool closed_ = false;
 };
 
+// Any window's pixels, its child windows included, as a PNG. Throws
+// HostError when they cannot be read or written.
+void writeWindowPng(Display* display, unsigned long window, const std::string& path);
+
 // How to run a command that needs a display on a machine without one.
 std::string noDisplayHint(const std::string& command);
 

@@ -15,6 +15,8 @@ namespace {
 // The instance being built: a plug-in may call back from inside its entry
 // point, before the host has had the chance to mark its AEffect.
 thread_local PluginHost* t_constructing = nullptr;
+// Set on a real-time host's audio thread (markAudioThread).
+thread_local bool t_audioThread = false;
 
 constexpr VstIntPtr kHostVstVersion = 2400;
 constexpr size_t kTextBuffer = 512;  // far above every VST text limit
@@ -70,7 +72,8 @@ std::string PluginModule::folder() const {
 // ---------------------------------------------------------------- host ----
 
 PluginHost::PluginHost(std::shared_ptr<PluginModule> module, const HostTransport& transport)
-    : module_(std::move(module)), transport_(transport), directory_(module_->folder()) {
+    : module_(std::move(module)), transport_(transport), directory_(module_->folder()),
+      tempo_(transport.tempo) {
     PluginHost* previous = t_constructing;
     t_constructing = this;
     AEffect* effect = module_->entry()(&PluginHost::callback);
@@ -258,11 +261,12 @@ VstTimeInfo PluginHost::timeInfo() const {
     t.nanoSeconds = (double)std::chrono::duration_cast<std::chrono::nanoseconds>(
                         std::chrono::steady_clock::now().time_since_epoch())
                         .count();
-    const double quarters = position / transport_.sampleRate * transport_.tempo / 60.0;
+    const double tempo = tempo_.load();
+    const double quarters = position / transport_.sampleRate * tempo / 60.0;
     const double quartersPerBar =
         transport_.timeSigNumerator * 4.0 / std::max(1, transport_.timeSigDenominator);
     t.ppqPos = quarters;
-    t.tempo = transport_.tempo;
+    t.tempo = tempo;
     t.barStartPos = std::floor(quarters / quartersPerBar) * quartersPerBar;
     t.timeSigNumerator = transport_.timeSigNumerator;
     t.timeSigDenominator = transport_.timeSigDenominator;
@@ -273,12 +277,27 @@ VstTimeInfo PluginHost::timeInfo() const {
 
 CallbackLog PluginHost::callbackLog() const {
     std::lock_guard<std::mutex> lock(logMutex_);
-    return log_;
+    CallbackLog log = log_;
+    log.getTime = getTimeCalls_.load();
+    return log;
 }
 
 void PluginHost::clearCallbackLog() {
     std::lock_guard<std::mutex> lock(logMutex_);
     log_ = CallbackLog();
+    getTimeCalls_ = 0;
+}
+
+CallbackLog PluginHost::takeCallbackLog() {
+    std::lock_guard<std::mutex> lock(logMutex_);
+    CallbackLog log = std::move(log_);
+    log.getTime = getTimeCalls_.exchange(0);
+    log_ = CallbackLog();
+    return log;
+}
+
+void PluginHost::markAudioThread() {
+    t_audioThread = true;
 }
 
 VstIntPtr PluginHost::callback(AEffect* effect, VstInt32 opcode, VstInt32 index,
@@ -293,6 +312,10 @@ VstIntPtr PluginHost::callback(AEffect* effect, VstInt32 opcode, VstInt32 index,
 
 VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                              float opt) {
+    if (t_audioThread && opcode != audioMasterGetTime) {
+        refusedAudioCalls_.fetch_add(1, std::memory_order_relaxed);
+        return 0;
+    }
     switch (opcode) {
     case audioMasterAutomate: {
         std::lock_guard<std::mutex> lock(logMutex_);
@@ -313,10 +336,7 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
     case audioMasterWantMidi:
         return 0;
     case audioMasterGetTime: {
-        {
-            std::lock_guard<std::mutex> lock(logMutex_);
-            ++log_.getTime;
-        }
+        getTimeCalls_.fetch_add(1, std::memory_order_relaxed);
         if (!transport_.timeInfo)
             return 0;
         // One record per thread: the audio thread's stays as it was during
@@ -328,7 +348,7 @@ VstIntPtr PluginHost::answer(VstInt32 opcode, VstInt32 index, VstIntPtr value, v
     case audioMasterTempoAt: {
         std::lock_guard<std::mutex> lock(logMutex_);
         ++log_.tempoAt;
-        return (VstIntPtr)(transport_.tempo * transport_.tempoAtScale + 0.5);
+        return (VstIntPtr)(tempo_.load() * transport_.tempoAtScale + 0.5);
     }
     case audioMasterGetNumAutomatableParameters:
         return effect_ ? effect_->numParams : 0;

@@ -156,7 +156,9 @@ public:
 
     // Transport seen through audioMasterGetTime / audioMasterTempoAt.
     HostTransport& transport() { return transport_; }
-    void setTempo(double bpm) { transport_.tempo = bpm; }
+    // The tempo may change on the audio thread between blocks.
+    void setTempo(double bpm) { tempo_ = transport_.tempo = bpm; }
+    double tempo() const { return tempo_.load(); }
     double samplePosition() const { return samplePos_.load(); }
     void resetSamplePosition() { samplePos_ = 0.0; }
     // What audioMasterGetTime answers now.
@@ -164,6 +166,14 @@ public:
 
     CallbackLog callbackLog() const;
     void clearCallbackLog();
+    // The log so far, cleared: for hosts that run for hours.
+    CallbackLog takeCallbackLog();
+
+    // Marks the calling thread as a real-time host's audio thread: there the
+    // callback answers audioMasterGetTime without waiting on anything and
+    // refuses every other call (answers 0, counted).
+    static void markAudioThread();
+    int refusedAudioThreadCalls() const { return refusedAudioCalls_.load(); }
 
     // The host callback given to every plug-in.
     static VstIntPtr callback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value,
@@ -180,6 +190,9 @@ private:
     bool opened_ = false;
     bool resumed_ = false;
     std::atomic<double> samplePos_{0.0};  // advanced by the audio thread
+    std::atomic<double> tempo_;
+    std::atomic<int> getTimeCalls_{0};
+    std::atomic<int> refusedAudioCalls_{0};
     mutable std::mutex logMutex_;
     CallbackLog log_;
 };

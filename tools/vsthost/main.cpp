@@ -1,5 +1,6 @@
 // vsthost: a command-line host for Linux VST 2.4 plug-ins, TapDelay by
-// default. See `vsthost help`.
+// default. See `vsthost help`. Called as `tapdelay` (a link to it), it is
+// TapDelay's standalone JACK application: `vsthost jack` with TapDelay.
 #include "tools/vsthost/ArgParse.h"
 #include "tools/vsthost/Commands.h"
 #include "tools/vsthost/PluginSetup.h"
@@ -32,15 +33,20 @@ void printUsage(FILE* out) {
           "  edit [PLUGIN.so] [--audio FILE] [--screenshot FILE.png [--after SECONDS]]\n"
           "                            the plug-in's editor in a window (needs an X display),\n"
           "                            with the file (or silence) playing through it\n"
+          "  jack [PLUGIN.so] [--no-gui] [--connect] [--name CLIENT] [--program N|NAME]\n"
+          "                            the plug-in as a JACK client with its editor in a\n"
+          "                            window; `tapdelay` is this with TapDelay\n"
           "  help [COMMAND]            this text, or a command's options\n"
-          "  version                   vsthost's version (TapDelay's)\n"
+          "  --version                 vsthost's version (TapDelay's)\n"
           "\n"
           "Examples:\n"
           "  vsthost render in.wav out.wav --program 2 -p DelayTime0=250ms -p FeedBack=40%\n"
           "\n"
           "  vsthost demo --out demo\n"
           "\n"
-          "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n",
+          "  vsthost validate /usr/lib/vst/lsp-plugins/slap-delay-stereo.so\n"
+          "\n"
+          "  vsthost jack --connect --program \"Slapback\"    (pw-jack vsthost jack ... on PipeWire)\n",
           out);
 }
 
@@ -60,18 +66,40 @@ int runCommand(const std::string& command, const vsthost::Args& args) {
         return vsthost::runBench(args);
     if (command == "edit")
         return vsthost::runEdit(args);
+    if (command == "jack")
+        return vsthost::runJack(args, "vsthost jack");
     fprintf(stderr, "vsthost: unknown command \"%s\"\n\n", command.c_str());
     printUsage(stderr);
     return 2;
 }
 
+// tapdelay [options]: errors name the program as the user called it.
+int runTapDelay(const vsthost::Args& args) {
+    try {
+        return vsthost::runJack(args, "tapdelay");
+    } catch (const vsthost::ArgError& e) {
+        fprintf(stderr, "tapdelay: %s (see tapdelay --help)\n", e.what());
+        return 2;
+    } catch (const std::exception& e) {
+        fprintf(stderr, "tapdelay: %s\n", e.what());
+        return 1;
+    }
+}
+
 int main(int argc, char** argv) {
+    const char* slash = strrchr(argv[0], '/');
+    if (strcmp(slash ? slash + 1 : argv[0], "tapdelay") == 0)
+        return runTapDelay(vsthost::Args(argv + 1, argv + argc));
     if (argc < 2) {
         printUsage(stderr);
         return 2;
     }
     std::string command = argv[1];
     vsthost::Args args(argv + 2, argv + argc);
+    if (command == "--version") {
+        printf("vsthost %s\n", TAPDELAY_VERSION);
+        return 0;
+    }
     if (command == "help" || command == "--help" || command == "-h") {
         if (args.empty()) {
             printUsage(stdout);
@@ -79,10 +107,6 @@ int main(int argc, char** argv) {
         }
         command = args[0];
         args = {"--help"};
-    }
-    if (command == "version" || command == "--version") {
-        printf("vsthost (TapDelay) %s\n", TAPDELAY_VERSION);
-        return 0;
     }
     try {
         return runCommand(command, args);
