@@ -63,6 +63,9 @@
 // | A CLAP transport tempo of 0   | Qtractor 0.9.31 (the     | flags a tempo in the transport, and the tempo is 0      | no tempo (EffectHost::SetTempo): the tap times stay as  |
 // |                               | block it runs on         |                                                         | they are                                                |
 // |                               | loading)                 |                                                         |                                                         |
+// | Tempo sync lost over a        | Ardour 7 (VST 3),        | restores a session from the plug-in's state alone, and  | the state VST 3 and CLAP hosts keep holds the values as |
+// | session reload                | Qtractor (CLAP)          | the effect leaves host changes to TempoSync and         | they play in the current program's record               |
+// |                               |                          | SyncNote out of its program record                      | (BankState::Save)                                       |
 // | VST 3: controller initialised | Ardour 7 (7.3)           | asks the component for its controller (one object) and  | counted: the effect is made once; the last terminate    |
 // | twice                         |                          | calls initialize and terminate on both                  | lets go of the host's handler                           |
 // | VST 3: program sent inside a  | Ardour 7                 | holds its process lock while it sends a program to the  | the program loads there on the UI thread and its values |

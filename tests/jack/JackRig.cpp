@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -27,7 +28,14 @@ pid_t Spawn(const std::vector<std::string>& argv, const std::string& log, const 
     std::vector<char*> args, env;
     for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
     args.push_back(nullptr);
-    for (char** e = environ; *e; e++) env.push_back(*e);
+    // What the test gives replaces what the test itself was given.
+    auto overridden = [&](const char* entry) {
+        for (const std::string& a : added)
+            if (std::strncmp(entry, a.c_str(), a.find('=') + 1) == 0) return true;
+        return false;
+    };
+    for (char** e = environ; *e; e++)
+        if (!overridden(*e)) env.push_back(*e);
     for (const std::string& a : added) env.push_back(const_cast<char*>(a.c_str()));
     env.push_back(nullptr);
     posix_spawn_file_actions_t files;

@@ -124,8 +124,18 @@ hc_xvfb() {
 
 hc_jack() {
   _hc_need jackd jackd2
+  # jackd keeps a machine-wide table of eight servers and does not free the
+  # entry of one stopped with a client connected; a name used again does. So
+  # the name comes from a small pool, held by a lock for this script's life.
+  local slot
+  for slot in 0 1 2 3; do
+    exec {_hc_jack_lock}>"/tmp/tapdelay-hc-$slot.lock"
+    flock -n "$_hc_jack_lock" && break
+    exec {_hc_jack_lock}>&-
+    [ "$slot" -lt 3 ] || { echo "FAIL four host checks already hold a JACK server"; exit 1; }
+  done
   # No client may start a default server of its own, nor wait for a real card.
-  export JACK_DEFAULT_SERVER="tapdelay-$$" JACK_NO_START_SERVER=1 JACK_NO_AUDIO_RESERVATION=1
+  export JACK_DEFAULT_SERVER="tapdelay-hc-$slot" JACK_NO_START_SERVER=1 JACK_NO_AUDIO_RESERVATION=1
   hc_start jackd jackd -n "$JACK_DEFAULT_SERVER" -d dummy -r "${1:-48000}" -p "${2:-1024}"
   hc_wait 10 jack_lsp || { cat "$out/jackd.err"; echo "FAIL the JACK dummy server did not start"; exit 1; }
 }
