@@ -1,16 +1,14 @@
-// A small VST 3 host of the tests' own: loads the bundle's library as a host
-// does (dlopen, ModuleEntry, GetPluginFactory), makes one instance, and
-// keeps what a host hands the plug-in: streams, parameter change queues
-// (fixed size: nothing allocates while processing), a component handler that
-// writes down what it hears.
+// A small VST 3 host of the tests' own: the bundle's library loaded as a host
+// loads it, streams, parameter change queues of fixed size (nothing allocates
+// while processing) and a component handler that writes down what it hears.
 #pragma once
 
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "formats/vst3/Vst3Abi.h"
 
@@ -18,7 +16,22 @@ namespace vst3test {
 
 using namespace vst3;
 
-// Host objects live on the stack or in the test: the references are not counted.
+inline std::string Utf8(const char16_t* text) {
+    return std::string(text, text + std::char_traits<char16_t>::length(text));
+}
+
+// The library stays loaded, as hosts keep theirs.
+inline IPluginFactory* Factory() {
+    static IPluginFactory* factory = [] {
+        void* library = dlopen(TAPDELAY_VST3_SO, RTLD_NOW | RTLD_LOCAL);
+        auto entry = library ? (ModuleEntryFunction)dlsym(library, "ModuleEntry") : nullptr;
+        auto get = library ? (GetFactoryFunction)dlsym(library, "GetPluginFactory") : nullptr;
+        return entry && get && entry(library) ? get() : nullptr;
+    }();
+    return factory;
+}
+
+// Host objects live in the test: the references are not counted.
 template <class Interface>
 class HostObject : public Interface {
 public:
@@ -31,42 +44,17 @@ public:
     uint32_t release() override { return 1; }
 };
 
-class Module {
-public:
-    explicit Module(const char* path = TAPDELAY_VST3_SO) {
-        library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-        if (!library) return;
-        auto entry = (ModuleEntryFunction)dlsym(library, "ModuleEntry");
-        auto getFactory = (GetFactoryFunction)dlsym(library, "GetPluginFactory");
-        if (entry && getFactory && entry(library)) factory = getFactory();
-    }
-    // ModuleExit, but the library stays loaded, as hosts keep theirs: the
-    // leak checker trips over the thread-local data of an unloaded library.
-    ~Module() {
-        if (auto exit = library ? (ModuleExitFunction)dlsym(library, "ModuleExit") : nullptr) exit();
-    }
-    void* library = nullptr;
-    IPluginFactory* factory = nullptr;
-};
-
 class MemoryStream : public HostObject<IBStream> {
 public:
-    MemoryStream() = default;
-    explicit MemoryStream(std::string bytes) : bytes(std::move(bytes)) {}
-    tresult read(void* buffer, int32_t count, int32_t* done) override {
-        const int32_t n = std::max(0, std::min(count, (int32_t)(bytes.size() - position)));
-        std::memcpy(buffer, bytes.data() + position, (size_t)n);
-        position += (size_t)n;
-        if (done) *done = n;
-        return kResultOk;
+    explicit MemoryStream(std::string bytes = "") : bytes(std::move(bytes)) {}
+    tresult read(void* to, int32_t count, int32_t* done) override {
+        *done = std::max(0, std::min(count, (int32_t)(bytes.size() - position)));
+        std::memcpy(to, bytes.data() + position, (size_t)*done);
+        return position += (size_t)*done, kResultOk;
     }
-    tresult write(void* buffer, int32_t count, int32_t* done) override {
-        bytes.replace(position, (size_t)count, static_cast<const char*>(buffer), (size_t)count);
-        position += (size_t)count;
-        if (done) *done = count;
-        return kResultOk;
+    tresult write(void* from, int32_t count, int32_t* done) override {
+        return bytes.append(static_cast<const char*>(from), (size_t)(*done = count)), kResultOk;
     }
-    // The plug-in reads and writes in one go: no seeking.
     tresult seek(int64_t, int32_t, int64_t*) override { return kNotImplemented; }
     tresult tell(int64_t* at) override { return *at = (int64_t)position, kResultOk; }
     std::string bytes;
@@ -75,59 +63,47 @@ public:
 
 class Queue : public HostObject<IParamValueQueue> {
 public:
-    static constexpr int kMaxPoints = 64;
     ParamID getParameterId() override { return id; }
     int32_t getPointCount() override { return count; }
-    tresult getPoint(int32_t index, int32_t& offset, ParamValue& value) override {
-        if (index < 0 || index >= count) return kInvalidArgument;
-        offset = offsets[index];
-        value = values[index];
-        return kResultOk;
+    tresult getPoint(int32_t i, int32_t& offset, ParamValue& value) override {
+        if (i < 0 || i >= count) return kInvalidArgument;
+        return offset = points[i].first, value = points[i].second, kResultOk;
     }
-    tresult addPoint(int32_t offset, ParamValue value, int32_t& index) override {
-        if (count == kMaxPoints) return kResultFalse;
-        offsets[count] = offset;
-        values[count] = value;
-        index = count++;
-        return kResultOk;
+    tresult addPoint(int32_t offset, ParamValue value, int32_t& i) override {
+        return count == 64 ? kResultFalse : (points[i = count++] = {offset, value}, kResultOk);
     }
     ParamID id = 0;
     int32_t count = 0;
-    int32_t offsets[kMaxPoints] = {};
-    double values[kMaxPoints] = {};
+    std::pair<int32_t, double> points[64];
 };
 
 class Changes : public HostObject<IParameterChanges> {
 public:
-    static constexpr int kMaxQueues = 80;
     int32_t getParameterCount() override { return count; }
-    IParamValueQueue* getParameterData(int32_t index) override {
-        return index >= 0 && index < count ? &queues[index] : nullptr;
-    }
-    IParamValueQueue* addParameterData(const ParamID& id, int32_t& index) override {
-        for (index = 0; index < count; index++)
-            if (queues[index].id == id) return &queues[index];
-        if (count == kMaxQueues) return nullptr;
+    IParamValueQueue* getParameterData(int32_t i) override { return i >= 0 && i < count ? &queues[i] : nullptr; }
+    IParamValueQueue* addParameterData(const ParamID& id, int32_t& i) override {
+        for (i = 0; i < count; i++)
+            if (queues[i].id == id) return &queues[i];
+        if (count == 80) return nullptr;
         queues[count].id = id;
         queues[count].count = 0;
-        return &queues[index = count++];
+        return &queues[i = count++];
     }
     void Add(ParamID id, int32_t offset, double value) {
-        int32_t index = 0;
-        if (IParamValueQueue* queue = addParameterData(id, index)) queue->addPoint(offset, value, index);
+        int32_t i = 0;
+        if (IParamValueQueue* queue = addParameterData(id, i)) queue->addPoint(offset, value, i);
     }
     // The last value sent for id, or -1 when none was.
     double Last(ParamID id) {
         for (int i = 0; i < count; i++)
-            if (queues[i].id == id && queues[i].count > 0) return queues[i].values[queues[i].count - 1];
+            if (queues[i].id == id && queues[i].count > 0) return queues[i].points[queues[i].count - 1].second;
         return -1.0;
     }
-    void Clear() { count = 0; }
     int32_t count = 0;
-    Queue queues[kMaxQueues];
+    Queue queues[80];
 };
 
-// Writes "B21 P21=0 E21" for a gesture; counts restarts.
+// Writes "B21 P21=0 E21" for a gesture; collects restart flags.
 class Handler : public HostObject<IComponentHandler> {
 public:
     tresult beginEdit(ParamID id) override { return Note("B" + std::to_string(id)); }
@@ -138,10 +114,7 @@ public:
     }
     tresult endEdit(ParamID id) override { return Note("E" + std::to_string(id)); }
     tresult restartComponent(int32_t flags) override { return restarts |= flags, kResultOk; }
-    tresult Note(const std::string& what) {
-        heard += (heard.empty() ? "" : " ") + what;
-        return kResultOk;
-    }
+    tresult Note(const std::string& what) { return heard += (heard.empty() ? "" : " ") + what, kResultOk; }
     std::string heard;
     int32_t restarts = 0;
 };
@@ -149,12 +122,12 @@ public:
 // One initialised instance with the handler set.
 class Plugin {
 public:
-    explicit Plugin(Module& module) {
-        if (!module.factory) return;
+    Plugin() {
         PClassInfo info;
-        if (module.factory->getClassInfo(0, &info) != kResultOk) return;
         void* object = nullptr;
-        if (module.factory->createInstance(info.cid, AsTuid(IComponent::iid), &object) != kResultOk) return;
+        if (!Factory() || Factory()->getClassInfo(0, &info) != kResultOk ||
+            Factory()->createInstance(info.cid, AsTuid(IComponent::iid), &object) != kResultOk)
+            return;
         component = static_cast<IComponent*>(object);
         component->initialize(nullptr);
         component->queryInterface(AsTuid(IAudioProcessor::iid), (void**)&processor);
@@ -165,44 +138,31 @@ public:
     ~Plugin() {
         if (!component) return;
         component->setActive(0);
-        controller->setComponentHandler(nullptr);
-        for (FUnknown* part : std::initializer_list<FUnknown*>{processor, controller, units})
+        if (controller) controller->setComponentHandler(nullptr);
+        for (FUnknown* part : {(FUnknown*)processor, (FUnknown*)controller, (FUnknown*)units})
             if (part) part->release();
         component->terminate();
         component->release();
     }
     bool Ready() const { return component && processor && controller && units; }
 
-    void Prepare(int32_t sampleSize, int maxBlock, double rate = 44100.0) {
-        ProcessSetup setup{kRealtime, sampleSize, maxBlock, rate};
+    void Prepare(int32_t sampleSize, int maxBlock) {
+        ProcessSetup setup{kRealtime, sampleSize, maxBlock, 44100.0};
         processor->setupProcessing(setup);
         component->setActive(1);
         processor->setProcessing(1);
     }
-
-    // One block of two channels in and out; `changes` in, effect changes out.
+    // One block, stereo in and out, the effect's own changes into `reported`;
+    // the context's tempo is |bpm|, valid when bpm > 0.
     template <class Sample>
-    void Process(Sample** in, Sample** out, int frames, Changes* changes = nullptr,
-                 ProcessContext* context = nullptr) {
-        AudioBusBuffers inputs{}, outputs{};
-        inputs.numChannels = outputs.numChannels = 2;
-        if constexpr (sizeof(Sample) == sizeof(double)) {
-            inputs.channelBuffers64 = in;
-            outputs.channelBuffers64 = out;
-        } else {
-            inputs.channelBuffers32 = in;
-            outputs.channelBuffers32 = out;
-        }
-        ProcessData data{};
-        data.symbolicSampleSize = sizeof(Sample) == sizeof(double) ? kSample64 : kSample32;
-        data.numSamples = frames;
-        data.numInputs = data.numOutputs = 1;
-        data.inputs = &inputs;
-        data.outputs = &outputs;
-        data.inputParameterChanges = changes;
-        reported.Clear();
-        data.outputParameterChanges = &reported;
-        data.processContext = context;
+    void Process(Sample** in, Sample** out, int frames, Changes* changes = nullptr, double bpm = 0) {
+        ProcessContext context{};
+        context.state = bpm > 0 ? ProcessContext::kTempoValid : 0;
+        context.tempo = std::abs(bpm);
+        AudioBusBuffers inputs{2, 0, {reinterpret_cast<float**>(in)}}, outputs{2, 0, {reinterpret_cast<float**>(out)}};
+        reported.count = 0;
+        ProcessData data{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, frames, 1, 1, &inputs, &outputs,
+                         changes, &reported, nullptr, nullptr, &context};
         processor->process(data);
     }
 
@@ -218,9 +178,7 @@ public:
     std::string Text(ParamID id, double value) {
         String128 text = {};
         controller->getParamStringByValue(id, value, text);
-        std::string out;
-        for (int i = 0; text[i]; i++) out += (char)text[i];
-        return out;
+        return Utf8(text);
     }
 
     IComponent* component = nullptr;
