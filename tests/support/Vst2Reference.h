@@ -1,6 +1,6 @@
-// The VST 2 plug-in as the reference every other format renders bit for bit:
-// the factory bank from its own folder, blocks of kBlock, each block cut
-// where a change falls, with the change made between the pieces.
+// The VST 2 plug-in as the reference the other formats must match bit for
+// bit: opened on its own folder (the factory bank), prepared, and rendering
+// in blocks cut wherever a change falls, as sample-accurate changes sound.
 #pragma once
 
 #include <cstring>
@@ -11,33 +11,38 @@
 template <class Sample>
 struct Stereo {
     explicit Stereo(size_t frames = 0) : left(frames), right(frames) {}
-    Sample** At(size_t frame) { return at[0] = &left[frame], at[1] = &right[frame], at; }
-    bool operator==(const Stereo& other) const {  // bit for bit
+    // Both channels from `frame` on, as a host's channel pointers.
+    Sample** At(size_t frame) { return at[0] = left.data() + frame, at[1] = right.data() + frame, at; }
+    // Bit for bit (== on the samples would take -0 for 0).
+    bool operator==(const Stereo& other) const {
         return left.size() == other.left.size() && right.size() == other.right.size() &&
                !std::memcmp(left.data(), other.left.data(), left.size() * sizeof(Sample)) &&
                !std::memcmp(right.data(), other.right.data(), right.size() * sizeof(Sample));
     }
+
     std::vector<Sample> left, right;
-    Sample* at[2];
+    Sample* at[2] = {};
 };
 
-// An impulse, noise that swells and falls (left and right apart), then
-// silence for the echoes.
+// An impulse at frame 10, then noise (right apart from left) that swells
+// and falls over the first half; silence after it, where the echoes ring.
 template <class Sample>
 Stereo<Sample> TestSignal(size_t frames);
 
-struct Vst2Change {
-    static constexpr int kTempo = -1;
-    size_t frame;
-    int index;     // the effect's, ParameterInfo::kBypass (the power switch reversed) or kTempo
-    double value;  // normalised, or beats per minute
-};
-
 class Vst2Reference : public PluginUnderTest {
 public:
-    static constexpr int kBlock = 512;
-    explicit Vst2Reference(double rate = 44100.0);
-    void Set(const Vst2Change& change);
+    static constexpr int kTempo = -1;
+    // Before `frame`: a parameter (ParameterInfo::kBypass is the power switch
+    // reversed) set to a normalised value, or with kTempo the host's tempo.
+    struct Change {
+        size_t frame;
+        int index;
+        double value;
+    };
+
+    explicit Vst2Reference(int block = 512, float rate = 44100.0f);
     template <class Sample>
-    Stereo<Sample> Render(const Stereo<Sample>& input, const std::vector<Vst2Change>& changes);
+    Stereo<Sample> Render(const Stereo<Sample>& input, const std::vector<Change>& changes = {});
+
+    const int block;
 };

@@ -1,10 +1,8 @@
-// The user at the X server: real input (XTest) on a connection of its own,
-// from a thread of its own once a script starts, since menus run their loops
-// inside the host's call. Header only: the programs that use it link X11 and
-// Xtst.
+// The user at the X server: real input through XTest on a connection of its
+// own, from the test's thread or, while a host's call runs a modal loop (a
+// menu), from a thread of its own. Header only: link X11 and Xtst.
 #pragma once
 
-// gtest before Xlib, whose macros (None, Bool) would break its templates.
 #include <gtest/gtest.h>
 // clang-format off
 #include <X11/Xlib.h>
@@ -15,18 +13,17 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <thread>
 
-// A display for the test, else a skip (a failure when TAPDELAY_REQUIRE_X11=1).
-#define OPEN_DISPLAY_OR_SKIP(display)                                      \
-    do {                                                                   \
-        if (((display) = XOpenDisplay(nullptr))) break;                    \
-        const char* require = std::getenv("TAPDELAY_REQUIRE_X11");         \
-        if (require && !std::strcmp(require, "1")) FAIL() << "no X display"; \
-        GTEST_SKIP() << "no X display";                                    \
-    } while (false)
+// In a test body: without an X server the test is skipped, or fails when
+// TAPDELAY_REQUIRE_X11=1.
+#define SKIP_WITHOUT_X(display)                                                               \
+    if (!(display)) {                                                                          \
+        const char* required = std::getenv("TAPDELAY_REQUIRE_X11");                           \
+        if (required && *required == '1') FAIL() << "no X display";                            \
+        GTEST_SKIP() << "no X display";                                                        \
+    }
 
 class XUser {
 public:
@@ -35,32 +32,43 @@ public:
         if (thread.joinable()) thread.join();
         if (display) XCloseDisplay(display);
     }
-    void Start(std::function<void(XUser&)> script) {
-        thread = std::thread([this, script] {
-            script(*this);
-            done = true;
-        });
-    }
+    XUser(const XUser&) = delete;
+    XUser& operator=(const XUser&) = delete;
+
     void Click(int x, int y, unsigned button = 1) {
         XTestFakeMotionEvent(display, DefaultScreen(display), x, y, CurrentTime);
         XTestFakeButtonEvent(display, button, True, CurrentTime);
         XTestFakeButtonEvent(display, button, False, CurrentTime);
-        Sync();
+        Settle();
     }
-    void Hold(KeySym key, bool down) {
+    // Down and up, or only down (true) or up (false) for a key held over a click.
+    void Key(KeySym key) { Key(key, true), Key(key, false); }
+    void Key(KeySym key, bool down) {
         XTestFakeKeyEvent(display, XKeysymToKeycode(display, key), down, CurrentTime);
-        Sync();
+        Settle();
     }
-    void Key(KeySym key) {
-        Hold(key, true);
-        Hold(key, false);
+
+    // `script` on a thread of its own; Done() once it returned.
+    void Start(std::function<void(XUser&)> script) {
+        windows = MappedWindows();
+        thread = std::thread([this, script] { script(*this), done = true; });
     }
-    // Until a window besides the `known` number is mapped on the root (a menu).
-    void WaitForMenu(unsigned known) {
-        for (auto end = Clock::now() + std::chrono::seconds(5); Clock::now() < end && Mapped() <= known;) Sync();
+    bool Done() const { return done; }
+    // Until a window more than at Start is mapped (a menu opened), 5 s at most.
+    void WaitForMenu() {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (MappedWindows() <= windows && std::chrono::steady_clock::now() < end) Settle();
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
-    unsigned Mapped() {
+
+    Display* const display;
+
+private:
+    void Settle() {
+        XSync(display, False);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    }
+    unsigned MappedWindows() {
         Window root, parent, *children = nullptr;
         unsigned count = 0, mapped = 0;
         XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
@@ -71,14 +79,8 @@ public:
         if (children) XFree(children);
         return mapped;
     }
-    std::atomic<bool> done{false};
 
-private:
-    using Clock = std::chrono::steady_clock;
-    void Sync() {
-        XSync(display, False);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    }
-    Display* display;
     std::thread thread;
+    std::atomic<bool> done{false};
+    unsigned windows = 0;
 };

@@ -40,7 +40,7 @@ public:
     // For `ms`, and on until the user's script is done.
     void Run(int ms, const XUser* user = nullptr) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-        while (std::chrono::steady_clock::now() < end || (user && !user->done)) {
+        while (std::chrono::steady_clock::now() < end || (user && !user->Done())) {
             pollfd watched{fd, POLLIN, 0};
             if (events && poll(&watched, 1, interval) > 0) events->onFDIsSet(fd);
             if (timer) timer->onTimer();
@@ -53,8 +53,8 @@ public:
 };
 
 TEST(Vst3Editor, RunByTheHostsLoopClickedResizedAndOrphaned) {
-    Display* display;
-    OPEN_DISPLAY_OR_SKIP(display);
+    Display* display = XOpenDisplay(nullptr);
+    SKIP_WITHOUT_X(display);
     IsolatedPreferences preferences;
     Plugin plugin;
     ASSERT_TRUE(plugin.Ready());
@@ -90,10 +90,10 @@ TEST(Vst3Editor, RunByTheHostsLoopClickedResizedAndOrphaned) {
     for (const auto& c : clicks) {
         plugin.handler.heard.clear();
         plugin.handler.restarts = 0;
-        if (c.shift) user.Hold(XK_Shift_L, true);
+        if (c.shift) user.Key(XK_Shift_L, true);
         user.Click(c.x, c.y);
         frame.Run(200);
-        if (c.shift) user.Hold(XK_Shift_L, false);
+        if (c.shift) user.Key(XK_Shift_L, false);
         EXPECT_EQ(plugin.handler.heard, c.heard);
         EXPECT_EQ(plugin.handler.restarts == kParamValuesChanged, c.shift) << c.heard;
     }
@@ -108,10 +108,9 @@ TEST(Vst3Editor, RunByTheHostsLoopClickedResizedAndOrphaned) {
     scaling->setContentScaleFactor(1.0f);
     scaling->release();
     EXPECT_EQ(frame.resized, "800x360");
-    const unsigned mapped = user.Mapped();
-    user.Start([mapped](XUser& u) {
+    user.Start([](XUser& u) {
         u.Click(400, 40, 3);
-        u.WaitForMenu(mapped);
+        u.WaitForMenu();
         for (KeySym key : {XK_Down, XK_Down, XK_Down, XK_Return}) u.Key(key);
     });
     frame.Run(200, &user);

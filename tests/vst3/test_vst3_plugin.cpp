@@ -11,11 +11,12 @@
 
 using namespace vst3test;
 using Flag = vst3::ParameterInfo::Flags;
+using Vst2Change = Vst2Reference::Change;
 
 namespace {
 
 constexpr ParamID kBypass = 62, kProgram = 63;
-constexpr int kBlock = Vst2Reference::kBlock;
+constexpr int kBlock = 512;
 
 class Vst3Plugin : public ::testing::Test {
 protected:
@@ -125,7 +126,7 @@ void ExpectSameAsVst2(Plugin& plugin, const Render& render) {
     const Stereo<Sample> in = TestSignal<Sample>(3 * 44100);
     Stereo<Sample> out(in.left.size());
     Vst2Reference reference;
-    std::vector<Vst2Change> cut = {{0, Vst2Change::kTempo, 120.0}};
+    std::vector<Vst2Change> cut = {{0, Vst2Reference::kTempo, 120.0}};
     Changes queued;
     plugin.Prepare(sizeof(Sample) == 8 ? kSample64 : kSample32, kBlock);
     if (render.program >= 0) {
