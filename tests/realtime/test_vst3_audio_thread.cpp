@@ -21,7 +21,8 @@ namespace {
 template <class Sample>
 void ExpectNoWaits(int frames) {  // the announced block is 64
     ASSERT_TRUE(&InterposerTake && &InterposerWatch) << "run with the interposer preloaded";
-    Plugin plugin;
+    Module module;
+    Plugin plugin(module);
     ASSERT_TRUE(plugin.Ready());
     plugin.Prepare(sizeof(Sample) == 8 ? kSample64 : kSample32, 64);
     std::atomic<bool> done{false};
@@ -40,13 +41,15 @@ void ExpectNoWaits(int frames) {  // the announced block is 64
     Sample* in[2] = {&buffers[0], &buffers[frames]};
     Sample* out[2] = {&buffers[2 * frames], &buffers[3 * frames]};
     Changes changes;
+    ProcessContext context = Tempo(120.0);
     for (int block = 0; block < 4000 || operations < 300; block++) {
         changes.count = 0;
         changes.Add(60, 0, 1.0);                                   // tempo sync stays on
         changes.Add(58, frames / 3, (block % 10) / 10.0);          // feedback
         changes.Add(62, frames / 2, block % 50 == 0 ? 1.0 : 0.0);  // bypass now and then
+        context.tempo = 90.0 + block % 60;                         // the taps move: output changes
         InterposerWatch(block > 0);                                // the first block may settle in
-        plugin.Process(in, out, frames, &changes, 90.0 + block % 60);
+        plugin.Process(in, out, frames, &changes, &context);
         InterposerWatch(false);
     }
     done = true;

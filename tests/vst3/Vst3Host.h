@@ -20,15 +20,28 @@ inline std::string Utf8(const char16_t* text) {
     return std::string(text, text + std::char_traits<char16_t>::length(text));
 }
 
-// The library stays loaded, as hosts keep theirs.
-inline IPluginFactory* Factory() {
-    static IPluginFactory* factory = [] {
-        void* library = dlopen(TAPDELAY_VST3_SO, RTLD_NOW | RTLD_LOCAL);
+// The library as a host loads it. It stays loaded, as hosts keep theirs: the
+// leak checker trips over the thread-local data of an unloaded library.
+class Module {
+public:
+    explicit Module(const char* path = TAPDELAY_VST3_SO) : library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
         auto entry = library ? (ModuleEntryFunction)dlsym(library, "ModuleEntry") : nullptr;
         auto get = library ? (GetFactoryFunction)dlsym(library, "GetPluginFactory") : nullptr;
-        return entry && get && entry(library) ? get() : nullptr;
-    }();
-    return factory;
+        factory = entry && get && entry(library) ? get() : nullptr;
+    }
+    ~Module() {
+        if (factory) ((ModuleExitFunction)dlsym(library, "ModuleExit"))();
+    }
+    void* library;
+    IPluginFactory* factory = nullptr;
+};
+
+// A host's transport: only the tempo, |bpm|, valid when bpm > 0.
+inline ProcessContext Tempo(double bpm) {
+    ProcessContext context{};
+    context.state = bpm > 0 ? ProcessContext::kTempoValid : 0;
+    context.tempo = std::abs(bpm);
+    return context;
 }
 
 // Host objects live in the test: the references are not counted.
@@ -122,11 +135,12 @@ public:
 // One initialised instance with the handler set.
 class Plugin {
 public:
-    Plugin() {
+    explicit Plugin(Module& module) {
         PClassInfo info;
         void* object = nullptr;
-        if (!Factory() || Factory()->getClassInfo(0, &info) != kResultOk ||
-            Factory()->createInstance(info.cid, AsTuid(IComponent::iid), &object) != kResultOk)
+        IPluginFactory* factory = module.factory;
+        if (!factory || factory->getClassInfo(0, &info) != kResultOk ||
+            factory->createInstance(info.cid, AsTuid(IComponent::iid), &object) != kResultOk)
             return;
         component = static_cast<IComponent*>(object);
         component->initialize(nullptr);
@@ -146,23 +160,19 @@ public:
     }
     bool Ready() const { return component && processor && controller && units; }
 
-    void Prepare(int32_t sampleSize, int maxBlock) {
-        ProcessSetup setup{kRealtime, sampleSize, maxBlock, 44100.0};
+    void Prepare(int32_t sampleSize, int maxBlock, double rate = 44100.0) {
+        ProcessSetup setup{kRealtime, sampleSize, maxBlock, rate};
         processor->setupProcessing(setup);
         component->setActive(1);
         processor->setProcessing(1);
     }
-    // One block, stereo in and out, the effect's own changes into `reported`;
-    // the context's tempo is |bpm|, valid when bpm > 0.
+    // One block, stereo in and out; the effect's own changes into `reported`.
     template <class Sample>
-    void Process(Sample** in, Sample** out, int frames, Changes* changes = nullptr, double bpm = 0) {
-        ProcessContext context{};
-        context.state = bpm > 0 ? ProcessContext::kTempoValid : 0;
-        context.tempo = std::abs(bpm);
+    void Process(Sample** in, Sample** out, int frames, Changes* changes = nullptr, ProcessContext* context = nullptr) {
         AudioBusBuffers inputs{2, 0, {reinterpret_cast<float**>(in)}}, outputs{2, 0, {reinterpret_cast<float**>(out)}};
         reported.count = 0;
         ProcessData data{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, frames, 1, 1, &inputs, &outputs,
-                         changes, &reported, nullptr, nullptr, &context};
+                         changes, &reported, nullptr, nullptr, context};
         processor->process(data);
     }
 

@@ -56,7 +56,8 @@ TEST(Vst3Editor, RunByTheHostsLoopClickedResizedAndOrphaned) {
     Display* display = XOpenDisplay(nullptr);
     SKIP_WITHOUT_X(display);
     IsolatedPreferences preferences;
-    Plugin plugin;
+    Module module;
+    Plugin plugin(module);
     ASSERT_TRUE(plugin.Ready());
     EXPECT_EQ(plugin.controller->createView("other"), nullptr);
     IPlugView* view = plugin.controller->createView(kEditorViewType);

@@ -21,20 +21,21 @@ constexpr int kBlock = 512;
 class Vst3Plugin : public ::testing::Test {
 protected:
     IsolatedPreferences preferences;  // no user bank, before any instance
-    Plugin plugin;
+    Module module;
+    Plugin plugin{module};
     void SetUp() override { ASSERT_TRUE(plugin.Ready()); }
 };
 
 TEST_F(Vst3Plugin, ClassBusesAndProgramsAsAHostSeesThem) {
     Vst2Reference reference;
     PClassInfo2 info;
-    ASSERT_EQ(static_cast<IPluginFactory2*>(Factory())->getClassInfo2(0, &info), kResultOk);
+    ASSERT_EQ(static_cast<IPluginFactory2*>(module.factory)->getClassInfo2(0, &info), kResultOk);
     EXPECT_STREQ(info.category, kAudioEffectClass);
     EXPECT_STREQ(info.subCategories, "Fx|Delay");
     EXPECT_EQ(info.name, reference.text(effGetEffectName));
     EXPECT_EQ(info.vendor, reference.text(effGetVendorString));
     void* object = nullptr;
-    EXPECT_EQ(Factory()->createInstance("not our class id", AsTuid(IComponent::iid), &object), kNoInterface);
+    EXPECT_EQ(module.factory->createInstance("not our class id", AsTuid(IComponent::iid), &object), kNoInterface);
 
     const struct { SpeakerArrangement in, out; tresult result; int inputChannels; } arrangements[] = {
         {kSpeakerMono, kSpeakerStereo, kResultTrue, 1},
@@ -138,9 +139,10 @@ void ExpectSameAsVst2(Plugin& plugin, const Render& render) {
         cut.push_back({std::min<size_t>(c.frame, kBlock), c.index, c.value});
     }
     Stereo<Sample> source = in;
+    ProcessContext tempo = Tempo(120.0);
     for (size_t done = 0; done < in.left.size(); done += kBlock) {
         plugin.Process(source.At(done), out.At(done), (int)std::min<size_t>(kBlock, in.left.size() - done),
-                       done ? nullptr : &queued, 120.0);
+                       done ? nullptr : &queued, &tempo);
         EXPECT_TRUE(done || render.program >= 0 || !plugin.reported.count) << plugin.reported.count;
     }
     EXPECT_TRUE(out == reference.Render(in, cut));
@@ -180,7 +182,8 @@ TEST_F(Vst3Plugin, OutputChangesTellTheHostWhatTheEffectChanged) {
         plugin.controller->setParamNormalized(s.id, s.value);  // as a host does with what it sends
         Changes change;
         change.Add(s.id, 0, s.value);
-        plugin.Process(in.At(0), out.At(0), kFrames, &change, s.bpm);
+        ProcessContext context = Tempo(s.bpm);
+        plugin.Process(in.At(0), out.At(0), kFrames, &change, &context);
         const double heard = plugin.reported.Last(s.other);
         EXPECT_EQ(heard < 0 ? "" : plugin.Text(s.other, heard), s.heard) << s.id << " " << s.value;
         if (s.other != 3) {
@@ -193,7 +196,7 @@ TEST_F(Vst3Plugin, OutputChangesTellTheHostWhatTheEffectChanged) {
 // The component state is the bank with its current program and the controller
 // follows it; short, long and garbage streams change nothing.
 TEST_F(Vst3Plugin, StateCarriesTheBankAndRefusesBadStreams) {
-    Plugin restored;
+    Plugin restored(module);
     ASSERT_TRUE(restored.Ready());
     plugin.Prepare(kSample32, kBlock);
     plugin.controller->setParamNormalized(kProgram, 5 / 63.0);
