@@ -28,12 +28,10 @@ void ExpectNoWaits(int frames) {  // the announced block is 64
     std::atomic<bool> done{false};
     std::atomic<uint32_t> operations{0};
     std::thread ui([&] {
-        String128 text;
         for (uint32_t op = 0; !done; op++, operations++) {
             plugin.controller->setParamNormalized(1 + op % 61, (op % 100) / 99.0);
-            plugin.controller->getParamStringByValue(1 + op % 61, 0.5, text);
             plugin.processor->getTailSamples();
-            if (op % 64 == 0) plugin.controller->setParamNormalized(63, (op / 64 % 64) / 63.0);
+            if (op % 64 == 0) plugin.controller->setParamNormalized(63, (op / 64 % 64) / 63.0);  // a program
             if (op % 256 == 0) plugin.SetState(plugin.State());
         }
     });
@@ -41,13 +39,12 @@ void ExpectNoWaits(int frames) {  // the announced block is 64
     Sample* in[2] = {&buffers[0], &buffers[frames]};
     Sample* out[2] = {&buffers[2 * frames], &buffers[3 * frames]};
     Changes changes;
-    ProcessContext context = Tempo(120.0);
     for (int block = 0; block < 4000 || operations < 300; block++) {
         changes.count = 0;
         changes.Add(60, 0, 1.0);                                   // tempo sync stays on
         changes.Add(58, frames / 3, (block % 10) / 10.0);          // feedback
         changes.Add(62, frames / 2, block % 50 == 0 ? 1.0 : 0.0);  // bypass now and then
-        context.tempo = 90.0 + block % 60;                         // the taps move: output changes
+        ProcessContext context = Tempo(90.0 + block % 60);          // the taps move: output changes
         InterposerWatch(block > 0);                                // the first block may settle in
         plugin.Process(in, out, frames, &changes, &context);
         InterposerWatch(false);

@@ -22,18 +22,14 @@ inline std::string Utf8(const char16_t* text) {
 
 // The library as a host loads it. It stays loaded, as hosts keep theirs: the
 // leak checker trips over the thread-local data of an unloaded library.
-class Module {
-public:
-    explicit Module(const char* path = TAPDELAY_VST3_SO) : library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+struct Module {
+    explicit Module(const char* path = TAPDELAY_VST3_SO) {
+        void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
         auto entry = library ? (ModuleEntryFunction)dlsym(library, "ModuleEntry") : nullptr;
         auto get = library ? (GetFactoryFunction)dlsym(library, "GetPluginFactory") : nullptr;
         factory = entry && get && entry(library) ? get() : nullptr;
     }
-    ~Module() {
-        if (factory) ((ModuleExitFunction)dlsym(library, "ModuleExit"))();
-    }
-    void* library;
-    IPluginFactory* factory = nullptr;
+    IPluginFactory* factory;
 };
 
 // A host's transport: only the tempo, |bpm|, valid when bpm > 0.
@@ -45,13 +41,13 @@ inline ProcessContext Tempo(double bpm) {
 }
 
 // Host objects live in the test: the references are not counted.
-template <class Interface>
-class HostObject : public Interface {
+template <class First, class... Rest>
+class HostObject : public First, public Rest... {
 public:
     tresult queryInterface(const TUID iid, void** object) override {
-        const bool known = SameUid(iid, FUnknown::iid) || SameUid(iid, Interface::iid);
-        *object = known ? this : nullptr;
-        return known ? kResultOk : kNoInterface;
+        *object = SameUid(iid, FUnknown::iid) || SameUid(iid, First::iid) ? static_cast<First*>(this) : nullptr;
+        ((*object = !*object && SameUid(iid, Rest::iid) ? static_cast<Rest*>(this) : *object), ...);
+        return *object ? kResultOk : kNoInterface;
     }
     uint32_t addRef() override { return 1; }
     uint32_t release() override { return 1; }
@@ -79,7 +75,6 @@ public:
     ParamID getParameterId() override { return id; }
     int32_t getPointCount() override { return count; }
     tresult getPoint(int32_t i, int32_t& offset, ParamValue& value) override {
-        if (i < 0 || i >= count) return kInvalidArgument;
         return offset = points[i].first, value = points[i].second, kResultOk;
     }
     tresult addPoint(int32_t offset, ParamValue value, int32_t& i) override {
@@ -137,12 +132,9 @@ class Plugin {
 public:
     explicit Plugin(Module& module) {
         PClassInfo info;
-        void* object = nullptr;
-        IPluginFactory* factory = module.factory;
-        if (!factory || factory->getClassInfo(0, &info) != kResultOk ||
-            factory->createInstance(info.cid, AsTuid(IComponent::iid), &object) != kResultOk)
+        if (!module.factory || module.factory->getClassInfo(0, &info) != kResultOk ||
+            module.factory->createInstance(info.cid, AsTuid(IComponent::iid), (void**)&component) != kResultOk)
             return;
-        component = static_cast<IComponent*>(object);
         component->initialize(nullptr);
         component->queryInterface(AsTuid(IAudioProcessor::iid), (void**)&processor);
         component->queryInterface(AsTuid(IEditController::iid), (void**)&controller);

@@ -21,15 +21,8 @@ std::string Size(IPlugView* view) {
 }
 
 // The host's frame with its run loop: one event handler and one timer.
-class Frame : public IPlugFrame, public IRunLoop {
+class Frame : public HostObject<IPlugFrame, IRunLoop> {
 public:
-    tresult queryInterface(const TUID iid, void** object) override {
-        *object = SameUid(iid, IRunLoop::iid) ? static_cast<IRunLoop*>(this) : nullptr;
-        if (SameUid(iid, IPlugFrame::iid) || SameUid(iid, FUnknown::iid)) *object = static_cast<IPlugFrame*>(this);
-        return *object ? kResultOk : kNoInterface;
-    }
-    uint32_t addRef() override { return 1; }
-    uint32_t release() override { return 1; }
     // As Ardour does: the window follows, then the view hears the size.
     tresult resizeView(IPlugView* view, ViewRect* size) override { return resized = Size(*size), view->onSize(size); }
     tresult registerEventHandler(IEventHandler* h, int f) override { return events = h, fd = f, kResultOk; }

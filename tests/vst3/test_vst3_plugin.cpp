@@ -37,12 +37,10 @@ TEST_F(Vst3Plugin, ClassBusesAndProgramsAsAHostSeesThem) {
     void* object = nullptr;
     EXPECT_EQ(module.factory->createInstance("not our class id", AsTuid(IComponent::iid), &object), kNoInterface);
 
+    // A refused arrangement (a mono output, 5.1) leaves the last accepted one.
     const struct { SpeakerArrangement in, out; tresult result; int inputChannels; } arrangements[] = {
-        {kSpeakerMono, kSpeakerStereo, kResultTrue, 1},
-        {kSpeakerStereo, kSpeakerMono, kResultFalse, 1},  // refused: the last accepted stays
-        {0x3F, 0x3F, kResultFalse, 1},                     // 5.1
-        {kSpeakerStereo, kSpeakerStereo, kResultTrue, 2},
-    };
+        {kSpeakerMono, kSpeakerStereo, kResultTrue, 1}, {kSpeakerStereo, kSpeakerMono, kResultFalse, 1},
+        {0x3F, 0x3F, kResultFalse, 1}, {kSpeakerStereo, kSpeakerStereo, kResultTrue, 2}};
     for (auto a : arrangements) {
         EXPECT_EQ(plugin.processor->setBusArrangements(&a.in, 1, &a.out, 1), a.result) << std::hex << a.in;
         BusInfo bus;
@@ -53,13 +51,11 @@ TEST_F(Vst3Plugin, ClassBusesAndProgramsAsAHostSeesThem) {
 
     UnitInfo unit;
     ProgramListInfo list;
-    ASSERT_EQ(plugin.units->getUnitInfo(0, unit), kResultOk);
-    ASSERT_EQ(plugin.units->getProgramListInfo(0, list), kResultOk);
-    EXPECT_EQ(unit.programListId, list.id);
-    EXPECT_EQ(list.programCount, 64);
+    String128 name = {};
+    ASSERT_TRUE(plugin.units->getUnitInfo(0, unit) == kResultOk && plugin.units->getProgramListInfo(0, list) == kResultOk);
+    EXPECT_TRUE(unit.programListId == list.id && list.programCount == 64);
     for (int program : {0, 9, 63}) {
-        String128 name = {};
-        ASSERT_EQ(plugin.units->getProgramName(list.id, program, name), kResultOk);
+        EXPECT_EQ(plugin.units->getProgramName(list.id, program, name), kResultOk);
         EXPECT_EQ(Utf8(name), reference.text(effGetProgramNameIndexed, program));
     }
 }
@@ -102,9 +98,7 @@ TEST_F(Vst3Plugin, EveryParameterAsTheVst2PluginHasIt) {
     for (const auto& t : typed) {
         ParamValue value = -1.0;
         EXPECT_EQ(plugin.controller->getParamValueByString(t.id, const_cast<char16_t*>(t.text), value), t.result);
-        if (t.result == kResultOk) {
-            EXPECT_EQ(plugin.Text(t.id, value), t.shown);
-        }
+        EXPECT_EQ(t.result == kResultOk ? plugin.Text(t.id, value) : "", t.shown);
     }
 }
 
@@ -120,12 +114,11 @@ struct Render {
 
 template <class Sample>
 void ExpectSameAsVst2(Plugin& plugin, const Render& render) {
-    const std::vector<Vst2Change> changes = {
-        {0, 60, 0.0},        {0, 3, 0.05},        {100, 3, 0.01}, {100, 58, 0.6},       {100, 57, 1.0},
-        {300, kBypass, 1.0}, {400, kBypass, 0.0}, {450, 59, 0.8}, {kBlock + 20, 1, 0.3},
-    };
-    const Stereo<Sample> in = TestSignal<Sample>(3 * 44100);
-    Stereo<Sample> out(in.left.size());
+    const std::vector<Vst2Change> changes = {{0, 60, 0.0},        {0, 3, 0.05},   {100, 3, 0.01},
+                                             {100, 58, 0.6},      {100, 57, 1.0}, {300, kBypass, 1.0},
+                                             {400, kBypass, 0.0}, {450, 59, 0.8}, {kBlock + 20, 1, 0.3}};
+    const Stereo<Sample> in = TestSignal<Sample>(260 * kBlock);  // 3 s
+    Stereo<Sample> source = in, out(in.left.size());
     Vst2Reference reference;
     std::vector<Vst2Change> cut = {{0, Vst2Reference::kTempo, 120.0}};
     Changes queued;
@@ -138,11 +131,9 @@ void ExpectSameAsVst2(Plugin& plugin, const Render& render) {
         queued.Add(c.index, (int32_t)c.frame, c.value);
         cut.push_back({std::min<size_t>(c.frame, kBlock), c.index, c.value});
     }
-    Stereo<Sample> source = in;
     ProcessContext tempo = Tempo(120.0);
     for (size_t done = 0; done < in.left.size(); done += kBlock) {
-        plugin.Process(source.At(done), out.At(done), (int)std::min<size_t>(kBlock, in.left.size() - done),
-                       done ? nullptr : &queued, &tempo);
+        plugin.Process(source.At(done), out.At(done), kBlock, done ? nullptr : &queued, &tempo);
         EXPECT_TRUE(done || render.program >= 0 || !plugin.reported.count) << plugin.reported.count;
     }
     EXPECT_TRUE(out == reference.Render(in, cut));
@@ -172,12 +163,11 @@ TEST_F(Vst3Plugin, OutputChangesTellTheHostWhatTheEffectChanged) {
     Stereo<float> in(kFrames), out(kFrames);
     // A change sent (`bpm` as Process takes it) and the text the host hears for `other`.
     const struct { ParamID id; double value, bpm; ParamID other; const char* heard; } steps[] = {
-        {kParamTempoSync, 0.0, 100.0, 3, ""},    {kParamSyncNote, 0.0, 100.0, 3, ""},
-        {kParamTempoSync, 1.0, 100.0, 3, "600.0"},
-        {kParamTempoSync, 1.0, 150.0, 3, "400.0"}, {kParamTempoSync, 1.0, -90, 3, ""},
-        {kBypass, 1.0, -1, kParamOnOff, "OFF"}, {kParamOnOff, 1.0, -1, kBypass, "OFF"},
-        {kParamOnOff, 0.0, -1, kBypass, "ON"},  {kBypass, 0.0, -1, kParamOnOff, "ON"},
-    };
+        {kParamTempoSync, 0.0, 100.0, 3, ""},      {kParamSyncNote, 0.0, 100.0, 3, ""},
+        {kParamTempoSync, 1.0, 100.0, 3, "600.0"}, {kParamTempoSync, 1.0, 150.0, 3, "400.0"},
+        {kParamTempoSync, 1.0, -90, 3, ""},        {kBypass, 1.0, 0, kParamOnOff, "OFF"},
+        {kParamOnOff, 1.0, 0, kBypass, "OFF"},     {kParamOnOff, 0.0, 0, kBypass, "ON"},
+        {kBypass, 0.0, 0, kParamOnOff, "ON"}};
     for (const auto& s : steps) {
         plugin.controller->setParamNormalized(s.id, s.value);  // as a host does with what it sends
         Changes change;
@@ -186,10 +176,8 @@ TEST_F(Vst3Plugin, OutputChangesTellTheHostWhatTheEffectChanged) {
         plugin.Process(in.At(0), out.At(0), kFrames, &change, &context);
         const double heard = plugin.reported.Last(s.other);
         EXPECT_EQ(heard < 0 ? "" : plugin.Text(s.other, heard), s.heard) << s.id << " " << s.value;
-        if (s.other != 3) {
-            EXPECT_EQ(heard, s.heard[1] == 'N' ? 1.0 : 0.0);
-            EXPECT_EQ(plugin.controller->getParamNormalized(s.other), heard);
-        }
+        EXPECT_TRUE(s.other == 3 || (heard == (s.heard[1] == 'N') && plugin.controller->getParamNormalized(s.other) == heard))
+            << "the other half on the controller too";
     }
 }
 
@@ -206,13 +194,13 @@ TEST_F(Vst3Plugin, StateCarriesTheBankAndRefusesBadStreams) {
     Stereo<float> in(kBlock), out(kBlock);
     plugin.Process(in.At(0), out.At(0), kBlock, &changes);
     const std::string state = plugin.State();
-
     auto followed = [&] {
         const std::pair<ParamID, double> values[] = {{kProgram, 5 / 63.0}, {3, 0.125}, {kBypass, 1.0}, {kParamOnOff, 0.0}};
         return std::all_of(std::begin(values), std::end(values),
                            [&](auto v) { return restored.controller->getParamNormalized(v.first) == v.second; });
     };
-    for (const std::string& bytes : {state, state.substr(0, 100), state + "x", std::string(state.size(), '\x7f'), std::string()}) {
+    for (const std::string& bytes :
+         {state, state.substr(0, 100), state + "x", std::string(state.size(), '\x7f'), std::string()}) {
         const tresult result = bytes == state ? kResultOk : kResultFalse;
         MemoryStream stream(bytes);
         EXPECT_EQ(restored.controller->setComponentState(&stream), result) << bytes.size() << " bytes";
