@@ -96,8 +96,7 @@ double RunVst2(long blocks) {
 // Seconds per frame through the VST 3 bundle.
 template <class Sample>
 double RunVst3(long blocks) {
-    static vst3test::Module module;
-    vst3test::Plugin plugin(module);
+    vst3test::Plugin plugin;
     if (!plugin.Ready()) std::exit((std::fprintf(stderr, "cannot load %s\n", TAPDELAY_VST3_SO), 1));
     plugin.Prepare(sizeof(Sample) == 8 ? vst3::kSample64 : vst3::kSample32, kBlock, kRate);
     vst3test::Changes setting, none;

@@ -1,7 +1,6 @@
-// The VST 3 bundle's process() under the preloaded interposer, with changes
-// at sample offsets, the tempo moving the taps (output changes) and another
-// thread working the controller, programs and state as a host's UI does: the
-// audio thread allocates nothing, takes no lock, touches no file or X.
+// The VST 3 bundle's process() under the preloaded interposer, with changes at
+// sample offsets, the tempo moving the taps and another thread working the
+// controller and state: no allocation, lock, file or X call.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -21,8 +20,7 @@ namespace {
 template <class Sample>
 void ExpectNoWaits(int frames) {  // the announced block is 64
     ASSERT_TRUE(&InterposerTake && &InterposerWatch) << "run with the interposer preloaded";
-    Module module;
-    Plugin plugin(module);
+    Plugin plugin;
     ASSERT_TRUE(plugin.Ready());
     plugin.Prepare(sizeof(Sample) == 8 ? kSample64 : kSample32, 64);
     std::atomic<bool> done{false};

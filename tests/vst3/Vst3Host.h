@@ -20,18 +20,6 @@ inline std::string Utf8(const char16_t* text) {
     return std::string(text, text + std::char_traits<char16_t>::length(text));
 }
 
-// The library as a host loads it. It stays loaded, as hosts keep theirs: the
-// leak checker trips over the thread-local data of an unloaded library.
-struct Module {
-    explicit Module(const char* path = TAPDELAY_VST3_SO) {
-        void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-        auto entry = library ? (ModuleEntryFunction)dlsym(library, "ModuleEntry") : nullptr;
-        auto get = library ? (GetFactoryFunction)dlsym(library, "GetPluginFactory") : nullptr;
-        factory = entry && get && entry(library) ? get() : nullptr;
-    }
-    IPluginFactory* factory;
-};
-
 // A host's transport: only the tempo, |bpm|, valid when bpm > 0.
 inline ProcessContext Tempo(double bpm) {
     ProcessContext context{};
@@ -92,7 +80,6 @@ public:
     IParamValueQueue* addParameterData(const ParamID& id, int32_t& i) override {
         for (i = 0; i < count; i++)
             if (queues[i].id == id) return &queues[i];
-        if (count == 80) return nullptr;
         queues[count].id = id;
         queues[count].count = 0;
         return &queues[i = count++];
@@ -127,13 +114,19 @@ public:
     int32_t restarts = 0;
 };
 
-// One initialised instance with the handler set.
+// One initialised instance with the handler set, from the library as a host
+// loads it. The library stays loaded, as hosts keep theirs: the leak checker
+// trips over the thread-local data of an unloaded library.
 class Plugin {
 public:
-    explicit Plugin(Module& module) {
+    explicit Plugin(const char* path = TAPDELAY_VST3_SO) {
+        void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+        auto entry = library ? (ModuleEntryFunction)dlsym(library, "ModuleEntry") : nullptr;
+        auto get = library ? (GetFactoryFunction)dlsym(library, "GetPluginFactory") : nullptr;
+        factory = entry && get && entry(library) ? get() : nullptr;
         PClassInfo info;
-        if (!module.factory || module.factory->getClassInfo(0, &info) != kResultOk ||
-            module.factory->createInstance(info.cid, AsTuid(IComponent::iid), (void**)&component) != kResultOk)
+        if (!factory || factory->getClassInfo(0, &info) != kResultOk ||
+            factory->createInstance(info.cid, AsTuid(IComponent::iid), (void**)&component) != kResultOk)
             return;
         component->initialize(nullptr);
         component->queryInterface(AsTuid(IAudioProcessor::iid), (void**)&processor);
@@ -183,6 +176,7 @@ public:
         return Utf8(text);
     }
 
+    IPluginFactory* factory;
     IComponent* component = nullptr;
     IAudioProcessor* processor = nullptr;
     IEditController* controller = nullptr;
