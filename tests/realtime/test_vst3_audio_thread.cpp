@@ -28,14 +28,12 @@ void ExpectNoWaits(int frames) {  // the announced block is 64
     std::thread ui([&] {
         for (uint32_t op = 0; !done; op++, operations++) {
             plugin.controller->setParamNormalized(1 + op % 61, (op % 100) / 99.0);
-            plugin.processor->getTailSamples();
             if (op % 64 == 0) plugin.controller->setParamNormalized(63, (op / 64 % 64) / 63.0);  // a program
             if (op % 256 == 0) plugin.SetState(plugin.State());
         }
     });
     std::vector<Sample> buffers(4 * (size_t)frames, (Sample)0.25);
-    Sample* in[2] = {&buffers[0], &buffers[frames]};
-    Sample* out[2] = {&buffers[2 * frames], &buffers[3 * frames]};
+    Sample *in[2] = {&buffers[0], &buffers[frames]}, *out[2] = {&buffers[2 * frames], &buffers[3 * frames]};
     Changes changes;
     for (int block = 0; block < 4000 || operations < 300; block++) {
         changes.count = 0;

@@ -1,12 +1,11 @@
-// A small VST 3 host of the tests' own: the bundle's library loaded as a host
-// loads it, streams, parameter change queues of fixed size (nothing allocates
-// while processing) and a component handler that writes down what it hears.
+// A small VST 3 host of the tests' own: streams, parameter change queues of
+// fixed size (nothing allocates while processing), a component handler that
+// writes down what it hears, and the plug-in loaded as a host loads it.
 #pragma once
 
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -16,15 +15,13 @@ namespace vst3test {
 
 using namespace vst3;
 
-inline std::string Utf8(const char16_t* text) {
-    return std::string(text, text + std::char_traits<char16_t>::length(text));
-}
+inline std::string Utf8(std::u16string text) { return std::string(text.begin(), text.end()); }
 
 // A host's transport: only the tempo, |bpm|, valid when bpm > 0.
 inline ProcessContext Tempo(double bpm) {
     ProcessContext context{};
     context.state = bpm > 0 ? ProcessContext::kTempoValid : 0;
-    context.tempo = std::abs(bpm);
+    context.tempo = bpm > 0 ? bpm : -bpm;
     return context;
 }
 
@@ -88,8 +85,7 @@ public:
         int32_t i = 0;
         if (IParamValueQueue* queue = addParameterData(id, i)) queue->addPoint(offset, value, i);
     }
-    // The last value sent for id, or -1 when none was.
-    double Last(ParamID id) {
+    double Last(ParamID id) {  // the last value sent for id, -1 for none
         for (int i = 0; i < count; i++)
             if (queues[i].id == id && queues[i].count > 0) return queues[i].points[queues[i].count - 1].second;
         return -1.0;
@@ -114,9 +110,8 @@ public:
     int32_t restarts = 0;
 };
 
-// One initialised instance with the handler set, from the library as a host
-// loads it. The library stays loaded, as hosts keep theirs: the leak checker
-// trips over the thread-local data of an unloaded library.
+// One initialised instance with the handler set. The library stays loaded, as
+// hosts keep theirs: the leak checker trips over an unloaded one's thread data.
 class Plugin {
 public:
     explicit Plugin(const char* path = TAPDELAY_VST3_SO) {
@@ -144,7 +139,6 @@ public:
         component->release();
     }
     bool Ready() const { return component && processor && controller && units; }
-
     void Prepare(int32_t sampleSize, int maxBlock, double rate = 44100.0) {
         ProcessSetup setup{kRealtime, sampleSize, maxBlock, rate};
         processor->setupProcessing(setup);
@@ -160,7 +154,6 @@ public:
                          changes, &reported, nullptr, nullptr, context};
         processor->process(data);
     }
-
     std::string State() {
         MemoryStream stream;
         component->getState(&stream);
