@@ -39,50 +39,9 @@ const void* HostExtension(const clap::Host* h, const char* id) {
     return name == clap::kExtPosixFdSupport ? &kFds : nullptr;
 }
 
-EventList& ListOf(void* context) { return *static_cast<EventList*>(context); }
+ClapTestHost& Of(void* context) { return *static_cast<ClapTestHost*>(context); }
 
 }  // namespace
-
-EventList::EventList() {
-    events.reserve(64);
-    taken.reserve(256);
-    in = {this, [](const clap::InputEvents* l) { return (uint32_t)ListOf(l->context).events.size(); },
-          [](const clap::InputEvents* l, uint32_t i) -> const clap::EventHeader* {
-              return &ListOf(l->context).events.at(i).header;
-          }};
-    out = {this, [](const clap::OutputEvents* l, const clap::EventHeader* event) {
-               Event copy{};
-               std::memcpy(&copy, event, std::min<size_t>(event->size, sizeof copy));
-               ListOf(l->context).taken.push_back(copy);
-               return true;
-           }};
-}
-
-void EventList::Value(uint32_t time, clap::Id id, double value) {
-    Event e{};
-    e.value = {{sizeof e.value, time, clap::kCoreEventSpace, clap::kEventParamValue, 0}, id, nullptr, -1, -1, -1, -1, value};
-    events.push_back(e);
-}
-
-void EventList::Tempo(uint32_t time, double bpm) {
-    Event e{};
-    e.transport.header = {sizeof e.transport, time, clap::kCoreEventSpace, clap::kEventTransport, 0};
-    e.transport.flags = clap::kTransportHasTempo;
-    e.transport.tempo = bpm;
-    events.push_back(e);
-}
-
-std::string EventList::Heard() const {
-    std::string heard;
-    for (const Event& e : taken) {
-        char value[32];
-        std::snprintf(value, sizeof value, "%g", e.value.value);
-        const std::string id = std::to_string(e.value.paramId);
-        heard += e.header.type == clap::kEventParamValue ? " " + id + "=" + value
-                 : (e.header.type == clap::kEventParamGestureBegin ? " B" : " E") + id;
-    }
-    return heard.empty() ? heard : heard.substr(1);
-}
 
 ClapTestHost::ClapTestHost(const char* path, bool offerTimers) : offerTimers(offerTimers) {
     host = {clap::kVersion, this, "tapdelay tests", "", "", "1", HostExtension, nullptr, nullptr, nullptr};
@@ -98,6 +57,37 @@ ClapTestHost::ClapTestHost(const char* path, bool offerTimers) : offerTimers(off
         return;
     }
     params = Ext<clap::PluginParams>(clap::kExtParams);
+    sent.reserve(64);
+    taken.reserve(256);
+    in = {this, [](const clap::InputEvents* l) { return (uint32_t)Of(l->context).sent.size(); },
+          [](const clap::InputEvents* l, uint32_t i) -> const clap::EventHeader* { return &Of(l->context).sent.at(i).header; }};
+    out = {this, [](const clap::OutputEvents* l, const clap::EventHeader* event) {
+               Event copy{};
+               std::memcpy(&copy, event, std::min<size_t>(event->size, sizeof copy));
+               Of(l->context).taken.push_back(copy);
+               return true;
+           }};
+}
+
+void ClapTestHost::Send(uint32_t time, clap::Id id, double value) {
+    Event e{};
+    if (id == clap::kInvalidId)
+        e.transport = {{sizeof e.transport, time, clap::kCoreEventSpace, clap::kEventTransport, 0}, clap::kTransportHasTempo, 0, 0, value};
+    else
+        e.value = {{sizeof e.value, time, clap::kCoreEventSpace, clap::kEventParamValue, 0}, id, nullptr, -1, -1, -1, -1, value};
+    sent.push_back(e);
+}
+
+std::string ClapTestHost::Heard() const {
+    std::string heard;
+    for (const Event& e : taken) {
+        char value[32];
+        std::snprintf(value, sizeof value, "%g", e.value.value);
+        const std::string id = std::to_string(e.value.paramId);
+        heard += e.header.type == clap::kEventParamValue ? " " + id + "=" + value
+                 : (e.header.type == clap::kEventParamGestureBegin ? " B" : " E") + id;
+    }
+    return heard.empty() ? heard : heard.substr(1);
 }
 
 ClapTestHost::~ClapTestHost() {
@@ -114,7 +104,7 @@ void ClapTestHost::Start(double rate, uint32_t maxFrames, bool startProcessing) 
 }
 
 template <class Sample>
-int32_t ClapTestHost::Process(Sample* const* in, Sample** out, uint32_t frames, EventList& events, double tempo) {
+int32_t ClapTestHost::Process(Sample* const* in, Sample** out, uint32_t frames, double tempo) {
     clap::AudioBuffer input{}, output{};
     input.channelCount = output.channelCount = 2;
     if constexpr (sizeof(Sample) == 4)
@@ -124,24 +114,25 @@ int32_t ClapTestHost::Process(Sample* const* in, Sample** out, uint32_t frames, 
     clap::EventTransport transport{};
     transport.flags = clap::kTransportHasTempo;
     transport.tempo = tempo;
-    events.taken.clear();
-    const clap::Process process{-1, frames, tempo > 0 ? &transport : nullptr, &input, &output, 1, 1,
-                                &events.in, &events.out};
-    return plugin->process(plugin, &process);
+    taken.clear();
+    const clap::Process process{-1, frames, tempo > 0 ? &transport : nullptr, &input, &output, 1, 1, &this->in, &this->out};
+    const int32_t status = plugin->process(plugin, &process);
+    sent.clear();
+    return status;
 }
-template int32_t ClapTestHost::Process(float* const*, float**, uint32_t, EventList&, double);
-template int32_t ClapTestHost::Process(double* const*, double**, uint32_t, EventList&, double);
+template int32_t ClapTestHost::Process(float* const*, float**, uint32_t, double);
+template int32_t ClapTestHost::Process(double* const*, double**, uint32_t, double);
 
-void ClapTestHost::Flush(EventList& events) {
-    events.taken.clear();
-    params->flush(plugin, &events.in, &events.out);
+void ClapTestHost::Flush() {
+    taken.clear();
+    params->flush(plugin, &in, &out);
+    sent.clear();
 }
 
 std::string ClapTestHost::Set(clap::Id id, double value) {
-    EventList events;
-    events.Value(0, id, value);
-    Flush(events);
-    return events.Heard();
+    Send(0, id, value);
+    Flush();
+    return Heard();
 }
 
 double ClapTestHost::Value(clap::Id id) {

@@ -1,5 +1,6 @@
-// A CLAP host of the tests' own: loads TapDelay.clap, offers the host
-// extensions it uses and records what the plug-in asks of them.
+// A CLAP host of the tests' own: TapDelay.clap loaded, one instance made and
+// initialised (deactivated and destroyed at the end), the host extensions it
+// uses offered and what it asks of them recorded.
 #pragma once
 
 #include <string>
@@ -7,27 +8,6 @@
 
 #include "formats/clap/ClapAbi.h"
 
-// The lists of one process or flush: `events` in, `taken` out (cleared by
-// each call, with room kept so that the plug-in's pushes never allocate).
-struct EventList {
-    union Event {
-        clap::EventHeader header;
-        clap::EventParamValue value;  // a gesture's paramId lies where a value's does
-        clap::EventTransport transport;
-    };
-    EventList();
-    void Value(uint32_t time, clap::Id id, double value);
-    void Tempo(uint32_t time, double bpm);
-    // What the plug-in pushed: "B3 3=0.25 E3" (gesture begin, value, end).
-    std::string Heard() const;
-
-    std::vector<Event> events, taken;
-    clap::InputEvents in;
-    clap::OutputEvents out;
-};
-
-// TapDelay.clap loaded, and one instance of it made and initialised
-// (deactivated and destroyed at the end).
 class ClapTestHost {
 public:
     explicit ClapTestHost(const char* path = TAPDELAY_CLAP_PATH, bool offerTimers = true);
@@ -38,11 +18,18 @@ public:
         return static_cast<const Extension*>(plugin->getExtension(plugin, id));
     }
     void Start(double rate = 44100.0, uint32_t maxFrames = 512, bool startProcessing = true);
+
+    // An event for the next process or flush, which takes it: a value, or
+    // with kTempo a transport with that tempo.
+    static constexpr clap::Id kTempo = clap::kInvalidId;
+    void Send(uint32_t time, clap::Id id, double value);
     // Stereo in and out; a transport with the tempo when it is above 0.
     template <class Sample>
-    int32_t Process(Sample* const* in, Sample** out, uint32_t frames, EventList& events, double tempo = 0.0);
-    void Flush(EventList& events);
-    std::string Set(clap::Id id, double value);  // through flush: what the host heard
+    int32_t Process(Sample* const* in, Sample** out, uint32_t frames, double tempo = 0.0);
+    void Flush();
+    std::string Set(clap::Id id, double value);  // sent and flushed: Heard()
+    // What the plug-in pushed in the last call: "B3 3=0.25 E3" (gesture begin, value, end).
+    std::string Heard() const;
 
     double Value(clap::Id id);
     std::string Text(clap::Id id, double value);
@@ -60,7 +47,17 @@ public:
     uint32_t timerPeriod = 0;  // 0: no timer
     std::string resized;       // "1600x720"
 
+    union Event {
+        clap::EventHeader header;
+        clap::EventParamValue value;  // a gesture's paramId lies where a value's does
+        clap::EventTransport transport;
+    };
+    // Room is kept: the plug-in's pushes never allocate.
+    std::vector<Event> sent, taken;
+
 private:
     const clap::PluginEntry* entry = nullptr;
     bool active = false;
+    clap::InputEvents in;
+    clap::OutputEvents out;
 };

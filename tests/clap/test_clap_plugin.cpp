@@ -73,7 +73,7 @@ TEST_F(ClapPlugin, EveryParameterItsValuesAndTexts) {
         EXPECT_EQ(info.minValue, 0.0);
         EXPECT_EQ(info.maxValue, steps ? steps : 1.0);
         EXPECT_EQ(info.defaultValue, clap.Value(index));
-        for (double value = 0.0; value <= (steps ? steps : 1.0); value += steps ? 1.0 : 0.25) {
+        for (double value = 0.0; value <= info.maxValue; value += steps ? 1.0 : 0.25) {
             clap.Set(index, value);
             EXPECT_EQ(clap.Value(index), value);
             const std::string text = clap.Text(index, value);
@@ -89,44 +89,36 @@ TEST_F(ClapPlugin, EveryParameterItsValuesAndTexts) {
     EXPECT_FALSE(clap.params->getValue(clap.plugin, ParameterInfo::kCount, &value));
     EXPECT_FALSE(clap.params->valueToText(clap.plugin, 999, 0.5, text, sizeof text));
     EXPECT_FALSE(clap.params->textToValue(clap.plugin, 999, "1", &value));
-    const struct {
-        clap::Id id;
-        double sent, kept;
-    } pulled[] = {{kParamFeedBack, NAN, 0.0}, {kParamBalance, 7.0, 1.0}, {kParamSyncNote, -3.0, 0.0}};
-    for (const auto& p : pulled) {
-        EXPECT_EQ(clap.Set(p.id, p.sent), "");
-        EXPECT_EQ(clap.Value(p.id), p.kept) << p.id;
-    }
     EXPECT_EQ(clap.Set(999, 1.0), "");
+    for (auto [id, sent, kept] : {std::tuple{kParamFeedBack, (double)NAN, 0.0}, {kParamBalance, 7.0, 1.0}, {kParamSyncNote, -3.0, 0.0}}) {
+        clap.Set(id, sent);
+        EXPECT_EQ(clap.Value(id), kept) << id;
+    }
 }
 
-// A CLAP event: a value for an id, or with kTempo a transport's tempo.
-struct Event {
-    uint32_t frame;
-    int id;
-    double value;
-};
-const Event kEvents[] = {
-    {0, kParamTempoSync, 1.0},      {0, kTempo, 120.0},          {100, kParamDelayTime + 1, 0.02},
-    {100, kParamFilterType, 2},     {101, kParamDelayGain, 0.8}, {300, kBypass, 1.0},
-    {511, kBypass, 0.0},            {700, kTempo, 90.0},         {701, kParamSyncNote, 2},
-    {1030, kParamFeedBackOnOff, 1}, {1030, kParamFeedBack, 0.4}, {1500, kParamDelayOnOff + 2, 0},
-};
-
-// A factory program (-1: the one the plug-in opens with), with or without
-// the events, renders bit for bit as the VST 2 plug-in with its blocks cut
-// at the events.
-struct Render {
-    int program;
-    bool doublePrecision, events;
-};
-class ClapRenders : public ClapPlugin, public ::testing::WithParamInterface<Render> {
-protected:
-    template <class Sample>
-    void ExpectAsVst2() {
+// Each factory program (-1: the one the plug-in opens with), and two with
+// events at their frames (values, tempos), render bit for bit as the VST 2
+// plug-in with its blocks cut at the events.
+TEST(ClapRenders, AsTheVst2PluginWithBlocksCutAtEvents) {
+    IsolatedPreferences preferences;
+    const struct {
+        uint32_t frame;
+        int id;  // or kTempo
+        double value;
+    } kEvents[] = {
+        {0, kParamTempoSync, 1.0},      {0, kTempo, 120.0},          {100, kParamDelayTime + 1, 0.02},
+        {100, kParamFilterType, 2},     {101, kParamDelayGain, 0.8}, {300, kBypass, 1.0},
+        {511, kBypass, 0.0},            {700, kTempo, 90.0},         {701, kParamSyncNote, 2},
+        {1030, kParamFeedBackOnOff, 1}, {1030, kParamFeedBack, 0.4}, {1500, kParamDelayOnOff + 2, 0},
+    };
+    for (auto [program, doublePrecision, events] : {std::tuple{-1, false, false}, {-1, true, false}, {1, false, false},
+                                                    {5, true, false}, {9, false, false}, {17, true, false},
+                                                    {-1, false, true}, {9, true, true}}) {
+        SCOPED_TRACE(std::to_string(program) + (doublePrecision ? " double" : " float") + (events ? " events" : ""));
         Vst2Reference vst2(kBlock);
-        if (GetParam().program >= 0) {  // a state holding the VST 2 plug-in's bank at that program
-            vst2.setProgram(GetParam().program);
+        ClapTestHost clap;
+        if (program >= 0) {  // a state holding the VST 2 plug-in's bank at that program
+            vst2.setProgram(program);
             void* bank = nullptr;
             const size_t size = (size_t)vst2.dispatch(effGetChunk, 0, 0, &bank);
             const std::string state = clap.State();
@@ -134,51 +126,34 @@ protected:
         }
         clap.Start(44100.0, kBlock);
         std::vector<Vst2Reference::Change> changes;
-        Stereo<Sample> in = TestSignal<Sample>(66150), out(in.left.size());
-        EventList list;
-        for (uint32_t done = 0; done < in.left.size(); done += kBlock) {
-            list.events.clear();
-            for (const Event& e : kEvents)
-                if (GetParam().events && e.frame >= done && e.frame < done + kBlock) {
-                    e.id == kTempo ? list.Tempo(e.frame - done, e.value) : list.Value(e.frame - done, e.id, e.value);
-                    changes.push_back({e.frame, e.id, e.id == kTempo ? e.value : Normalised(e.id, e.value)});
-                }
-            const uint32_t frames = std::min<uint32_t>(kBlock, (uint32_t)in.left.size() - done);
-            EXPECT_EQ(clap.Process(in.At(done), out.At(done), frames, list), clap::kProcessContinue);
-        }
-        EXPECT_TRUE(out == vst2.Render(in, changes));
+        auto render = [&](auto in) {
+            decltype(in) out(in.left.size());
+            for (uint32_t done = 0; done < in.left.size(); done += kBlock) {
+                for (const auto& e : kEvents)
+                    if (events && e.frame >= done && e.frame < done + kBlock) {
+                        clap.Send(e.frame - done, e.id, e.value);
+                        changes.push_back({e.frame, e.id, e.id == kTempo ? e.value : Normalised(e.id, e.value)});
+                    }
+                const uint32_t frames = std::min<uint32_t>(kBlock, (uint32_t)in.left.size() - done);
+                EXPECT_EQ(clap.Process(in.At(done), out.At(done), frames), clap::kProcessContinue);
+            }
+            EXPECT_TRUE(out == vst2.Render(in, changes));
+        };
+        doublePrecision ? render(TestSignal<double>(66150)) : render(TestSignal<float>(66150));
     }
-};
-
-TEST_P(ClapRenders, AsTheVst2PluginWithBlocksCutAtEvents) {
-    if (GetParam().doublePrecision)
-        ExpectAsVst2<double>();
-    else
-        ExpectAsVst2<float>();
 }
-
-INSTANTIATE_TEST_SUITE_P(Programs, ClapRenders,
-                         ::testing::Values(Render{-1, false, false}, Render{-1, true, false}, Render{1, false, false},
-                                           Render{5, true, false}, Render{9, false, false}, Render{17, true, false},
-                                           Render{-1, false, true}, Render{9, true, true}),
-                         [](const ::testing::TestParamInfo<Render>& info) {
-                             const Render& r = info.param;
-                             return (r.program < 0 ? std::string("Default") : "Program" + std::to_string(r.program)) +
-                                    (r.doublePrecision ? "Double" : "Float") + (r.events ? "WithEvents" : "");
-                         });
 
 // The transport's tempo moves the synced taps (quarter notes: tap n waits
 // n + 1 of them), and the host hears of the tap times the effect changed.
 TEST_F(ClapPlugin, TransportTempoMovesTheSyncedTapsAndTheHostHearsThem) {
     clap.Start();
-    EventList events;
-    events.Value(0, kParamTempoSync, 1.0);
-    events.Value(0, kParamSyncNote, 0.0);
+    clap.Send(0, kParamTempoSync, 1.0);
+    clap.Send(0, kParamSyncNote, 0.0);
     Stereo<float> in(kBlock), out(kBlock);
-    clap.Process(in.At(0), out.At(0), kBlock, events, 100.0);
-    EXPECT_EQ(events.Heard(), "3=0.15 4=0.3 5=0.45 6=0.6 7=0.75 8=0.9");
-    clap.Process(in.At(0), out.At(0), kBlock, events, 150.0);
-    EXPECT_EQ(events.Heard(), "3=0.1 4=0.2 5=0.3 6=0.4 7=0.5 8=0.6");
+    clap.Process(in.At(0), out.At(0), kBlock, 100.0);
+    EXPECT_EQ(clap.Heard(), "3=0.15 4=0.3 5=0.45 6=0.6 7=0.75 8=0.9");
+    clap.Process(in.At(0), out.At(0), kBlock, 150.0);
+    EXPECT_EQ(clap.Heard(), "3=0.1 4=0.2 5=0.3 6=0.4 7=0.5 8=0.6");
     EXPECT_EQ(clap.Text(kParamDelayTime + 5, clap.Value(kParamDelayTime + 5)), "2400.0");
 }
 
@@ -222,16 +197,15 @@ TEST_F(ClapPlugin, FlushBypassInStepAndValuesRestatedAfterAState) {
     const std::string saved = clap.State();
     ClapTestHost reloaded;
     ASSERT_TRUE(reloaded.Load(saved));
-    EventList events;
     for (int index = 0; index < ParameterInfo::kCount; index++) {
         char text[32];
         std::snprintf(text, sizeof text, "%g", (float)clap.Value(index));
-        events.Value(0, index, std::atof(text));
+        reloaded.Send(0, index, std::atof(text));
     }
-    reloaded.Flush(events);
+    reloaded.Flush();
     EXPECT_EQ(reloaded.State(), saved);
-    EXPECT_EQ(events.Heard(), "");
-    reloaded.Flush(events);
+    EXPECT_EQ(reloaded.Heard(), "");
+    reloaded.Set(kParamDelayTime, 0.123457);
     EXPECT_EQ(reloaded.Value(kParamDelayTime), (double)0.123457f);
 }
 

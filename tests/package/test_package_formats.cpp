@@ -49,8 +49,7 @@ Response RenderVst3(vst3test::Plugin& plugin) {
 
 Response RenderClap(ClapTestHost& instance) {
     instance.Start(44100.0, kBlock);
-    EventList events;
-    return Response([&](float** in, float** out) { instance.Process(in, out, kBlock, events); });
+    return Response([&](float** in, float** out) { instance.Process(in, out, kBlock); });
 }
 
 }  // namespace

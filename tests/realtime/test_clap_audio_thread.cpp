@@ -46,24 +46,22 @@ TEST(ClapAudioThread, NeverWaits) {
         for (float& sample : buffers[0]) sample = 0.25f;
         float* in[2] = {buffers[0], buffers[1]};
         float* out[2] = {buffers[2], buffers[3]};
-        EventList events;
         uint32_t seed = 3;
         for (int block = 0; block < 4000 || operations < 300; block++) {
             const double bpm = block % 500 < 250 ? 120.0 : 97.0;
-            events.events.clear();
-            events.Tempo(0, bpm);
-            events.Value(0, kParamTempoSync, 1.0);  // the taps follow the tempo: the host hears them
+            clap.Send(0, ClapTestHost::kTempo, bpm);
+            clap.Send(0, kParamTempoSync, 1.0);  // the taps follow the tempo: the host hears them
             for (uint32_t time : {kFrames / 3, kFrames / 2}) {
                 seed = seed * 1664525u + 1013904223u;
                 clap::Id id = 1 + (seed >> 8) % 61;
                 if (id == kParamTempoSync) id = kParamFeedBack;
                 const double value = (seed >> 12) % 4;  // every step of the stepped ones
-                events.Value(time, id, value > 1.0 ? value / 4.0 : value);
+                clap.Send(time, id, value > 1.0 ? value / 4.0 : value);
             }
             InterposerWatch(block > 0);  // the first block may settle in
-            clap.Process(in, out, kFrames, events, bpm);
+            clap.Process(in, out, kFrames, bpm);
             InterposerWatch(false);
-            told += (uint32_t)events.taken.size();
+            told += (uint32_t)clap.taken.size();
         }
     });
     audio.join();
