@@ -68,7 +68,8 @@ private:
         unsigned count = 0, mapped = 0;
         XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
         XWindowAttributes a;
-        for (unsigned i = 0; i < count; i++) mapped += XGetWindowAttributes(display, children[i], &a) && a.map_state == IsViewable;
+        for (unsigned i = 0; i < count; i++)
+            mapped += XGetWindowAttributes(display, children[i], &a) && a.map_state == IsViewable;
         if (children) XFree(children);
         return mapped;
     }
