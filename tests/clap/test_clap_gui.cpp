@@ -76,13 +76,14 @@ TEST_F(ClapGui, ClicksMenusAndSizesReachTheHost) {
     Loop(300);
 
     // Idle, the host is asked to flush; processing, the events come from
-    // process. The tap 0 delay switch, a quarter of its time slider, the
-    // power switch (bypass follows), and with Shift the power switch again:
-    // the program back to its factory values, which the host hears.
+    // process. Tap 0's delay switch, a quarter of its time slider, its filter
+    // type twice (a list: steps), the power switch (bypass follows), and with
+    // Shift the power switch again: the factory program back, heard as values.
     Stereo<float> silence(64);
     for (auto [processing, x, y, shift, heard] :
          {std::tuple{false, 79, 88, false, "B21 21=0 E21"}, {true, 165, 88, false, "B3 3=0.25 E3"},
-          {true, 37, 17, false, "B0 0=0 E0 62=1"}, {true, 37, 17, true, "B0 0=1 E0 3=0.125 21=1 62=0"}}) {
+          {true, 450, 88, false, "B33 33=0 E33"}, {true, 450, 88, false, "B33 33=1 E33"},
+          {true, 37, 17, false, "B0 0=0 E0 62=1"}, {true, 37, 17, true, "B0 0=1 E0 3=0.125 21=1 33=2 62=0"}}) {
         if (processing && !clap.processing) clap.Start();
         const int flushes = clap.flushRequests, dirty = clap.dirtyMarks;
         if (shift) user.Key(XK_Shift_L, true);
