@@ -1,6 +1,5 @@
 // A CLAP host of the tests' own: TapDelay.clap loaded, one instance made and
-// initialised (deactivated and destroyed at the end), the host extensions it
-// uses offered (only the functions it calls) and what it asks recorded.
+// initialised, the host functions it calls offered and what it asks recorded.
 #pragma once
 
 #include <dlfcn.h>
@@ -39,9 +38,7 @@ public:
     }
 
     template <class Extension>
-    const Extension* Ext(const char* id) const {
-        return static_cast<const Extension*>(plugin->getExtension(plugin, id));
-    }
+    const Extension* Ext(const char* id) const { return (const Extension*)plugin->getExtension(plugin, id); }
     void Start(double rate = 44100.0, uint32_t maxFrames = 512, bool startProcessing = true) {
         active = plugin->activate(plugin, rate, 1, maxFrames);
         ASSERT_TRUE(active);

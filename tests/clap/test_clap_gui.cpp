@@ -1,7 +1,6 @@
-// The CLAP editor embedded in a host's X window and run by a stand-in of the
-// host's loop (poll on the descriptor the plug-in registered, its timer at
-// its period), with real X input: what the host hears of clicks, menus and
-// sizes, and a host that destroys its window before the editor.
+// The CLAP editor in a host's X window, run by a stand-in of the host's loop
+// (the plug-in's descriptor polled, its timer at its period), with real X
+// input: what the host hears of clicks, menus and sizes; an orphaned editor.
 #include <gtest/gtest.h>
 #include <poll.h>
 

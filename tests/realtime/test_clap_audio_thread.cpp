@@ -1,8 +1,6 @@
-// The CLAP plug-in's process under the preloaded interposer: with values and
-// tempos among the events of every block and the effect's own changes going
-// back to the host, while another thread saves and loads the state and asks
-// for values and texts as a host's main thread does, the audio thread makes
-// no allocation, takes no lock and touches no file or X connection.
+// The CLAP plug-in's process under the preloaded interposer, with events in
+// every block and changes going back, while a main thread works the state and
+// the texts: no allocation, lock, file or X call on the audio thread.
 #include <gtest/gtest.h>
 
 #include <atomic>
