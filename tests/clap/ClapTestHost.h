@@ -78,11 +78,7 @@ public:
         params->flush(plugin, &inList, &outList);
         sent.clear();
     }
-    std::string Set(clap::Id id, double value) {  // sent and flushed: Heard()
-        Send(0, id, value);
-        Flush();
-        return Heard();
-    }
+    std::string Set(clap::Id id, double value) { return Send(0, id, value), Flush(), Heard(); }  // flushed
     // What the plug-in pushed in the last call: "B3 3=0.25 E3" (gesture begin, value, end).
     std::string Heard() const {
         std::string heard;

@@ -3,6 +3,7 @@
 // in blocks cut wherever a change falls, as sample-accurate changes sound.
 #pragma once
 
+#include <cstring>
 #include <vector>
 
 #include "formats/shared/ParameterInfo.h"
@@ -13,7 +14,12 @@ struct Stereo {
     explicit Stereo(size_t frames = 0) : left(frames), right(frames) {}
     // Both channels from `frame` on, as a host's channel pointers.
     Sample** At(size_t frame) { return at[0] = left.data() + frame, at[1] = right.data() + frame, at; }
-    bool operator==(const Stereo& other) const { return left == other.left && right == other.right; }
+    // Bit for bit (== on the samples would take -0 for 0).
+    bool operator==(const Stereo& other) const {
+        return left.size() == other.left.size() && right.size() == other.right.size() &&
+               !std::memcmp(left.data(), other.left.data(), left.size() * sizeof(Sample)) &&
+               !std::memcmp(right.data(), other.right.data(), right.size() * sizeof(Sample));
+    }
 
     std::vector<Sample> left, right;
     Sample* at[2] = {};
