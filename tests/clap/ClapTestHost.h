@@ -19,7 +19,7 @@ public:
         // The library stays loaded: Xlib and fontconfig keep pointers into it.
         void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
         entry = library ? static_cast<const clap::PluginEntry*>(dlsym(library, "clap_entry")) : nullptr;
-        if (entry && entry->init(path))
+        if (entry && entry->clapVersion.major == 1 && entry->init(path))
             factory = static_cast<const clap::PluginFactory*>(entry->getFactory(clap::kPluginFactoryId));
         plugin = factory ? factory->createPlugin(factory, &host, "org.tapdelay.TapDelay") : nullptr;
         if (!plugin || !plugin->init(plugin)) {

@@ -6,7 +6,6 @@
 
 #include <chrono>
 
-#include "effect/ParamTable.h"
 #include "tests/clap/ClapTestHost.h"
 #include "tests/support/Vst2Reference.h"
 #include "tests/support/XUser.h"
