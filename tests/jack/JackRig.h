@@ -74,19 +74,12 @@ private:
     std::string m_log;
 };
 
-// tapdelay as the client Name(), its output in `home`'s log.txt.
-class TapDelay : public Child {
-public:
-    TapDelay(const TempFolder& home, const std::vector<std::string>& options)
-        : Child(Command(options), home.file("log.txt")) {}
-    static std::string Name() { return UniqueName("TapDelay"); }
-
-private:
-    static std::vector<std::string> Command(std::vector<std::string> options) {
-        options.insert(options.begin(), {TAPDELAY_EXE, "--name", Name()});
-        return options;
-    }
-};
+// tapdelay as the client TapDelayName() with `options`, its output in `home`'s log.txt.
+inline std::string TapDelayName() { return UniqueName("TapDelay"); }
+inline std::unique_ptr<Child> StartTapDelay(const TempFolder& home, std::vector<std::string> options) {
+    options.insert(options.begin(), {TAPDELAY_EXE, "--name", TapDelayName()});
+    return std::make_unique<Child>(options, home.file("log.txt"));
+}
 
 // jackd -d dummy for the object's life, made this process's and its children's
 // server by JACK_DEFAULT_SERVER. jackd's machine-wide table holds eight servers
@@ -174,18 +167,14 @@ public:
         WaitCycles(4);  // the new graph order in place
         return connected;
     }
-    // Plays `audio` (stereo) over and over from the next cycle on, until Stop.
+    // Plays `audio` (stereo) over and over from the next cycle on.
     void Loop(const vsthost::AudioBuffer& audio) { Start(audio, 0); }
     // Plays `audio` and returns the client's output of the same cycles; nothing if it took too long.
     vsthost::AudioBuffer PlayAndRecord(const vsthost::AudioBuffer& audio) {
         Start(audio, audio.frames());
         for (int i = 0; i < 6000 && !m_recorded; i++) usleep(10000);
-        Stop();
-        return m_recorded ? m_recording : vsthost::AudioBuffer();
-    }
-    void Stop() {
         m_armed = false;
-        WaitCycles(2);  // no cycle reads the audio any more
+        return m_recorded ? m_recording : vsthost::AudioBuffer();
     }
     // The transport rolls with this tempo, the player its timebase master.
     void GiveTempo(double bpm) {
@@ -193,7 +182,7 @@ public:
         jack_set_timebase_callback(
             m_player, 0,
             [](jack_transport_state_t, jack_nframes_t, jack_position_t* position, int, void* self) {
-                position->valid = JackPositionBBT;
+                position->valid = JackPositionBBT;  // 4/4, bar 1, beat 1 throughout
                 position->bar = position->beat = 1;
                 position->tick = position->bar_start_tick = 0;
                 position->beats_per_bar = position->beat_type = 4;
@@ -207,31 +196,32 @@ public:
 
 private:
     void Start(const vsthost::AudioBuffer& audio, size_t record) {
+        m_armed = false;
+        WaitCycles(2);  // no cycle reads the audio any more
         m_recording = vsthost::AudioBuffer(audio.sampleRate, 2, record);
         m_recorded = false;
-        m_audio = &audio;
+        m_audio = audio;
         m_armed = true;
     }
     void WaitCycles(long cycles) {
         const long until = m_cycles + cycles;
         for (int i = 0; i < 2000 && m_cycles < until; i++) usleep(5000);
     }
+    // The recorder runs after the player in the same cycle: m_played covers this one.
     int Play(jack_nframes_t frames) {
-        const jack_nframes_t now = jack_last_frame_time(m_player);
         const bool armed = m_armed;
-        if (armed && !m_started) m_startFrame = now;
-        m_started = armed;
         for (int k = 0; k < 2; k++) {
             auto* out = static_cast<float*>(jack_port_get_buffer(m_out[k], frames));
             for (jack_nframes_t i = 0; i < frames; i++)
-                out[i] = m_started ? m_audio->channels[k][(now - m_startFrame + i) % m_audio->frames()] : 0.0f;
+                out[i] = armed ? m_audio.channels[k][(m_played + i) % m_audio.frames()] : 0.0f;
         }
+        m_played = armed ? m_played + frames : 0;
         m_cycles++;
         return 0;
     }
     int Record(jack_nframes_t frames) {
-        if (!m_started || m_recorded) return 0;
-        const size_t first = jack_last_frame_time(m_recorder) - m_startFrame, wanted = m_recording.frames();
+        if (m_played == 0 || m_recorded) return 0;
+        const size_t first = m_played - frames, wanted = m_recording.frames();
         for (int k = 0; k < 2; k++) {
             const auto* in = static_cast<const float*>(jack_port_get_buffer(m_in[k], frames));
             for (jack_nframes_t i = 0; i < frames && first + i < wanted; i++) m_recording.channels[k][first + i] = in[i];
@@ -244,10 +234,10 @@ private:
     jack_client_t* m_recorder = nullptr;
     jack_port_t* m_out[2] = {};
     jack_port_t* m_in[2] = {};
-    const vsthost::AudioBuffer* m_audio = nullptr;
+    vsthost::AudioBuffer m_audio;
     vsthost::AudioBuffer m_recording;
-    std::atomic<bool> m_armed{false}, m_started{false}, m_recorded{false};
-    std::atomic<jack_nframes_t> m_startFrame{0};
+    std::atomic<bool> m_armed{false}, m_recorded{false};
+    std::atomic<size_t> m_played{0};  // frames since the audio started
     std::atomic<long> m_cycles{0};
     std::atomic<double> m_bpm{0.0};
 };

@@ -20,21 +20,18 @@ namespace {
 constexpr double kRate = 48000.0;
 constexpr int kPeriod = 256;
 
-// What tapdelay with `options` plays of `input`, recorded in the same cycles;
-// the transport's timebase master gives `bpm` unless it is 0.
-AudioBuffer PlayThrough(const ConfigHome& home, const AudioBuffer& input, std::vector<std::string> options,
+// What tapdelay --program 0 (and `options`) plays of `input`, recorded in the
+// same cycles; the transport's timebase master gives `bpm` unless it is 0.
+AudioBuffer PlayThrough(const ConfigHome& home, const AudioBuffer& input, std::vector<std::string> options = {},
                         double bpm = 0) {
-    options.push_back("--no-gui");
-    TapDelay tapdelay(home, options);
+    options.insert(options.end(), {"--no-gui", "--program", "0"});
+    auto tapdelay = StartTapDelay(home, options);
     TestClients clients;
-    if (!clients.ConnectThrough(TapDelay::Name())) {
-        ADD_FAILURE() << "not connected:\n" << tapdelay.Output();
-        return {};
-    }
+    EXPECT_TRUE(clients.ConnectThrough(TapDelayName())) << tapdelay->Output();
     if (bpm > 0) clients.GiveTempo(bpm);
     const AudioBuffer played = clients.PlayAndRecord(input);
-    tapdelay.Signal(SIGTERM);
-    EXPECT_EQ(tapdelay.Wait(), 0) << tapdelay.Output();
+    tapdelay->Signal(SIGTERM);
+    EXPECT_EQ(tapdelay->Wait(), 0) << tapdelay->Output();
     return played;
 }
 
@@ -58,7 +55,7 @@ TEST(TapDelayOnJack, PlaysWhatRenderMakesAtThePeriod) {
 
     JackServer server(kPeriod);
     ASSERT_TRUE(server.Up());
-    const AudioBuffer played = PlayThrough(home, input, {"--program", "0"});
+    const AudioBuffer played = PlayThrough(home, input);
     ASSERT_EQ(played.frames(), expected.frames());
     const auto sameBits = [](float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; };
     for (int k = 0; k < 2; k++) {
@@ -81,10 +78,8 @@ TEST(TapDelayOnJack, SyncedTapsFollowTheTransportsTempo) {
     JackServer server;
     ASSERT_TRUE(server.Up());
     for (const auto& c : cases) {
-        SCOPED_TRACE("transport " + std::to_string(c.transportBpm) + " BPM, " + std::to_string(c.options.size()) + " options");
-        std::vector<std::string> options = {"--program", "0"};
-        options.insert(options.end(), c.options.begin(), c.options.end());
-        const AudioBuffer played = PlayThrough(home, makeImpulse(kRate, 2, 33000), options, c.transportBpm);
+        SCOPED_TRACE(c.echoAt);
+        const AudioBuffer played = PlayThrough(home, makeImpulse(kRate, 2, 33000), c.options, c.transportBpm);
         long echo = 1000;
         while (echo < (long)played.frames() && std::fabs(played.channels[0][echo]) < 0.01f &&
                std::fabs(played.channels[1][echo]) < 0.01f)
@@ -117,12 +112,12 @@ TEST(TapDelayOnJack, KeepsItsStateBetweenRuns) {
         if (std::string(step.what) == "damaged") std::ofstream(stateFile) << "CcnK but nothing after it";
         JackServer server;
         ASSERT_TRUE(server.Up());
-        TapDelay tapdelay(home, step.options);
-        for (int i = 0; i < 1000 && !tapdelay.Said(" quits"); i++) usleep(10000);
-        if (step.end) tapdelay.Signal(step.end);
+        auto tapdelay = StartTapDelay(home, step.options);
+        for (int i = 0; i < 1000 && !tapdelay->Said(" quits"); i++) usleep(10000);
+        if (step.end) tapdelay->Signal(step.end);
         else server.Stop();
-        EXPECT_EQ(tapdelay.Wait(), step.status) << tapdelay.Output();
-        for (const std::string& text : step.said) EXPECT_TRUE(tapdelay.Said(text)) << text << " in\n" << tapdelay.Output();
+        EXPECT_EQ(tapdelay->Wait(), step.status) << tapdelay->Output();
+        for (const std::string& text : step.said) EXPECT_TRUE(tapdelay->Said(text)) << text << " in\n" << tapdelay->Output();
         EXPECT_TRUE(readPatchFile(stateFile).isBank());  // whole, whatever happened
     }
     glob_t aside;
@@ -137,16 +132,14 @@ TEST(TapDelayOnJack, KeepsItsStateBetweenRuns) {
 TEST(TapDelayOnJack, AnswersWithoutAServer) {
     ConfigHome home;
     setenv("JACK_DEFAULT_SERVER", UniqueName("tapdelay-absent").c_str(), 1);
-    const struct {
-        std::vector<std::string> command;
-        std::string self;
-    } cases[] = {{{TAPDELAY_EXE, "--no-gui"}, "tapdelay"}, {{VSTHOST_EXE, "jack", "--no-gui"}, "vsthost jack"}};
-    for (const auto& c : cases) {
-        Child run(c.command, home.file("log.txt"));
+    const std::pair<std::vector<std::string>, std::string> runs[] = {{{TAPDELAY_EXE, "--no-gui"}, "tapdelay"},
+                                                                     {{VSTHOST_EXE, "jack", "--no-gui"}, "vsthost jack"}};
+    for (const auto& [command, self] : runs) {
+        Child run(command, home.file("log.txt"));
         EXPECT_EQ(run.Wait(), 1) << run.Output();
-        for (const std::string& text : {std::string("no JACK server is running"), std::string("jackd -d alsa"),
-                                        std::string("jackd -d dummy"), "pw-jack " + c.self + "\n"})
-            EXPECT_TRUE(run.Said(text)) << run.Output();
+        EXPECT_TRUE(run.Said("no JACK server is running. Start one first, for example\n  jackd -d alsa")) << run.Output();
+        EXPECT_TRUE(run.Said("  jackd -d dummy ")) << run.Output();
+        EXPECT_TRUE(run.Said("\n  pw-jack " + self + "\n")) << run.Output();
     }
     EXPECT_EQ(jack_client_open(UniqueName("probe").c_str(), JackNoStartServer, nullptr), nullptr);
 }

@@ -3,10 +3,10 @@
 // it (pictures left beside the test); SAVE in the editor writes the state at
 // once; closing the window quits.
 #include "tests/jack/JackRig.h"
+#include "tests/support/Picture.h"
 #include "tools/vsthost/EditorWindow.h"
 #include "tools/vsthost/Synth.h"
 
-#include <cairo.h>
 #include <gtest/gtest.h>
 // After gtest: Xlib's macros (None, Bool) would rename gtest's own.
 #include <X11/Xlib.h>
@@ -24,22 +24,6 @@ Window FindWindow(const std::string& name) {
     return id;
 }
 
-// The window's pixels, row by row, as the PNG `name` beside the test shows them.
-std::vector<uint32_t> Photograph(Display* display, Window window, const std::string& name, int& width) {
-    const std::string path = JACK_TEST_PICTURES "/" + name + ".png";
-    vsthost::writeWindowPng(display, window, path);
-    cairo_surface_t* surface = cairo_image_surface_create_from_png(path.c_str());
-    width = cairo_image_surface_get_width(surface);
-    std::vector<uint32_t> pixels;
-    for (int y = 0; y < cairo_image_surface_get_height(surface); y++) {
-        const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(surface) +
-                                                            y * cairo_image_surface_get_stride(surface));
-        for (int x = 0; x < width; x++) pixels.push_back(row[x] & 0xFFFFFF);
-    }
-    cairo_surface_destroy(surface);
-    return pixels;
-}
-
 }  // namespace
 
 TEST(TapDelayWindow, ShowsTheMetersMovingSavesAtOnceAndQuitsWhenClosed) {
@@ -50,35 +34,22 @@ TEST(TapDelayWindow, ShowsTheMetersMovingSavesAtOnceAndQuitsWhenClosed) {
     ConfigHome home;
     JackServer server;
     ASSERT_TRUE(server.Up());
-    TapDelay tapdelay(home, {"--program", "8"});
+    auto tapdelay = StartTapDelay(home, {"--program", "8"});
     TestClients clients;
-    ASSERT_TRUE(clients.ConnectThrough(TapDelay::Name())) << tapdelay.Output();
+    ASSERT_TRUE(clients.ConnectThrough(TapDelayName())) << tapdelay->Output();
     Display* display = XOpenDisplay(nullptr);
     ASSERT_NE(display, nullptr);
-    const Window window = FindWindow(TapDelay::Name());
-    ASSERT_NE(window, 0u) << tapdelay.Output();
+    const Window window = FindWindow(TapDelayName());
+    ASSERT_NE(window, 0u) << tapdelay->Output();
 
     usleep(700000);  // the first paint
-    int width = 0;
-    const auto quiet = Photograph(display, window, "window-silent", width);
-    const vsthost::AudioBuffer noise = vsthost::makeNoise(48000, 2, 48000, 0.5f);  // -6 dBFS
-    clients.Loop(noise);
+    vsthost::writeWindowPng(display, window, JACK_TEST_PICTURES "/window-silent.png");
+    clients.Loop(vsthost::makeNoise(48000, 2, 48000, 0.5f));  // -6 dBFS
     usleep(1000000);
-    const auto loud = Photograph(display, window, "window-playing", width);
-    clients.Stop();
-    ASSERT_EQ(width, 800);
-    ASSERT_EQ(quiet.size(), loud.size());
-    // The four meters (two columns at each side, from row 50 down) are the
-    // only pixels that the noise changes.
-    size_t lit[2] = {}, elsewhere = 0;
-    for (size_t i = 0; i < quiet.size(); i++) {
-        const size_t x = i % width, y = i / width;
-        const bool meter = y >= 50 && y < 190 && ((x >= 32 && x < 50) || (x >= 754 && x < 772));
-        if (quiet[i] != loud[i]) (meter ? lit[x > 400] : elsewhere)++;
-    }
-    EXPECT_GT(lit[0], 100u);
-    EXPECT_GT(lit[1], 100u);
-    EXPECT_EQ(elsewhere, 0u);
+    vsthost::writeWindowPng(display, window, JACK_TEST_PICTURES "/window-playing.png");
+    const Picture quiet(JACK_TEST_PICTURES "/window-silent.png"), loud(JACK_TEST_PICTURES "/window-playing.png");
+    EXPECT_EQ(quiet.Width(), 800);
+    EXPECT_TRUE(OnlyMetersLit(quiet, loud));
 
     // SAVE, and Return in its dialog: the plug-in saves the program, and
     // tapdelay its state file, at once.
@@ -88,7 +59,7 @@ TEST(TapDelayWindow, ShowsTheMetersMovingSavesAtOnceAndQuitsWhenClosed) {
     ASSERT_NE(FindWindow("Save Program"), 0u);
     ASSERT_EQ(std::system("xdotool key Return"), 0);
     for (int i = 0; i < 200 && !std::filesystem::exists(stateFile); i++) usleep(25000);
-    EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay.Output();
+    EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay->Output();
 
     // What a window manager's close button sends.
     XEvent close{};
@@ -96,6 +67,6 @@ TEST(TapDelayWindow, ShowsTheMetersMovingSavesAtOnceAndQuitsWhenClosed) {
     close.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
     XSendEvent(display, window, False, NoEventMask, &close);
     XCloseDisplay(display);
-    EXPECT_EQ(tapdelay.Wait(), 0) << tapdelay.Output();
-    EXPECT_TRUE(tapdelay.Said("quit      the window was closed")) << tapdelay.Output();
+    EXPECT_EQ(tapdelay->Wait(), 0) << tapdelay->Output();
+    EXPECT_TRUE(tapdelay->Said("quit      the window was closed")) << tapdelay->Output();
 }
