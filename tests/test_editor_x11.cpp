@@ -130,6 +130,12 @@ public:
         while (Clock::now() < deadline && !done()) Pause(20);
     }
     static void Pause(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+    Window Focus() {
+        Window focus = 0;
+        int revert = 0;
+        XGetInputFocus(m_display, &focus, &revert);
+        return focus;
+    }
 
 private:
     XRectangle NewWindow(const std::set<Window>& known) {
@@ -263,17 +269,24 @@ TEST_P(EditorInputOnX11, RealInputReachesEveryKindOfControl) {
 
     User user;
     user.Start([&](User& u) {
+        // Each step waits until the editor has taken the last: a busy machine
+        // may run the editor's idle long after the input arrived.
         // Gain knob of tap 0 (291, 71, 325, 105): from its left to its right.
         u.Move(at(291), at(88));
         u.Button(true);
         u.Move(at(308), at(72));
         u.Move(at(324), at(88));
         u.Button(false);
+        u.WaitUntil([&] { return plugin->getParameter(9) > 0.79f; });
         // Delay switch of tap 0, the delay-time slider's left quarter.
         u.Click(at(79), at(88));
+        u.WaitUntil([&] { return plugin->getParameter(21) != delayOn; });
         u.Click(at(138 + 27), at(88));
-        // Type into the gain text of tap 1.
+        u.WaitUntil([&] { return plugin->getParameter(3) == 0.25f; });
+        // Type into the gain text of tap 1, once the field has the keyboard.
+        const Window focus = u.Focus();
         u.Click(at(266), at(127));
+        u.WaitUntil([&] { return u.Focus() != focus; });
         u.Type("-9");
         u.Key(XK_Return);
         // A click while the field is still open would only close it.

@@ -1,122 +1,90 @@
-// tapdelay's window on the X server: it opens titled with the client's name,
-// holds the editor, whose meters light while the test's client plays noise
-// through it (pictures left beside the test for a look); a program saved in
-// the editor saves the standalone's state at once; closing the window quits.
+// tapdelay's window on the X server while the test's client plays noise
+// through it and the transport's tempo moves the synced taps: titled with the
+// client's name, it holds the editor, whose meters light (pictures left beside
+// the test); SAVE in the editor writes the state at once; closing the window
+// quits. With the realtime interposer preloaded, the process callback made no
+// allocation, took no lock, touched no file or X connection and made no host
+// call but the time query through all of it.
 #include "tests/jack/JackRig.h"
+#include "tests/support/Picture.h"
 #include "tools/vsthost/EditorWindow.h"
 #include "tools/vsthost/Synth.h"
 
-#include <cairo.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 // After gtest: Xlib's macros (None, Bool) would rename gtest's own.
 #include <X11/Xlib.h>
 
-#include <chrono>
-#include <cstring>
 #include <filesystem>
-#include <thread>
-
-#include "tests/support/TempFolder.h"
-
-using namespace vsthost;
+#include <regex>
 
 namespace {
 
-// xdotool's answer: the id of the first visible window with that name.
-Window FindWindow(const std::string& name) {
-    FILE* pipe = popen(("timeout 20 xdotool search --sync --onlyvisible --name '^" + name + "$' 2>/dev/null").c_str(), "r");
-    unsigned long id = 0;
-    if (pipe && fscanf(pipe, "%lu", &id) != 1) id = 0;
-    if (pipe) pclose(pipe);
-    return id;
-}
-
-// The window's pixels as the PNG at `path` shows them.
-std::vector<uint32_t> Photograph(Display* display, Window window, const std::string& path, int& width) {
-    writeWindowPng(display, window, path);
-    cairo_surface_t* surface = cairo_image_surface_create_from_png(path.c_str());
-    width = cairo_image_surface_get_width(surface);
-    std::vector<uint32_t> pixels;
-    for (int y = 0; y < cairo_image_surface_get_height(surface); y++) {
-        const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(surface) +
-                                                            y * cairo_image_surface_get_stride(surface));
-        for (int x = 0; x < width; x++) pixels.push_back(row[x] & 0xFFFFFF);
-    }
-    cairo_surface_destroy(surface);
-    return pixels;
-}
-
-// What a window manager's close button sends.
-void CloseWindow(Display* display, Window window) {
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
-    XSendEvent(display, window, False, NoEventMask, &event);
-    XFlush(display);
+// The first visible window of that name, waited for up to 20 s; 0 for none.
+Window FindWindow(const TempFolder& home, const std::string& name) {
+    Child search({"timeout", "20", "xdotool", "search", "--sync", "--onlyvisible", "--name", "^" + name + "$"},
+                 home.file("search.txt"));
+    return search.Wait() == 0 ? std::stoul(search.Output()) : 0;
 }
 
 }  // namespace
 
-TEST(TapDelayWindow, OpensWithMetersFollowingTheAudioAndQuitsWhenClosed) {
+TEST(TapDelayWindow, ShowsTheMetersMovingSavesAtOnceAndQuitsWhenClosed) {
     if (!std::getenv("DISPLAY") || !*std::getenv("DISPLAY")) {
         ASSERT_STRNE(std::getenv("TAPDELAY_REQUIRE_X11"), "1") << "DISPLAY is not set";
         GTEST_SKIP() << "no X display";
     }
-    TempFolder folder;
-    JackServer server;
+    ConfigHome home;
+    JackServer server(128);
     ASSERT_TRUE(server.Up());
-    const std::string name = UniqueName("TapDelay on JACK");
-    Child tapdelay({TAPDELAY_EXE, "--name", name, "--program", "8"}, folder.file("log.txt"),
-                   {"XDG_CONFIG_HOME=" + folder.path()});
+#ifdef REALTIME_INTERPOSER
+    setenv("LD_PRELOAD", REALTIME_INTERPOSER, 1);  // for tapdelay alone
+#endif
+    auto tapdelay = StartTapDelay(home, {"--program", "8"});
+    unsetenv("LD_PRELOAD");
     TestClients clients;
-    ASSERT_TRUE(clients.ConnectThrough(name)) << tapdelay.Output();
+    ASSERT_TRUE(clients.ConnectThrough(TapDelayName())) << tapdelay->Output();
     Display* display = XOpenDisplay(nullptr);
     ASSERT_NE(display, nullptr);
-    const Window window = FindWindow(name);
-    ASSERT_NE(window, 0u) << tapdelay.Output();
+    const Window window = FindWindow(home, TapDelayName());
+    ASSERT_NE(window, 0u) << tapdelay->Output();
 
-    std::this_thread::sleep_for(std::chrono::milliseconds(700));  // the first paint
-    int width = 0;
-    const auto quiet = Photograph(display, window, JACK_TEST_PICTURES "/window-silent.png", width);
-    const AudioBuffer noise = makeNoise(48000, 2, 48000, 0.5f);  // -6 dBFS
-    clients.Loop(noise);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
-    const auto loud = Photograph(display, window, JACK_TEST_PICTURES "/window-playing.png", width);
-    clients.Stop();
-    ASSERT_EQ(width, 800);
-    ASSERT_EQ(quiet.size(), loud.size());
-
-    // The four meters (two columns at each side, from row 50 down) are the
-    // only pixels that the noise changes.
-    size_t litLeft = 0, litRight = 0, elsewhere = 0;
-    for (size_t i = 0; i < quiet.size(); i++) {
-        if (quiet[i] == loud[i]) continue;
-        const int x = (int)(i % width), y = (int)(i / width);
-        const bool meter = y >= 50 && y < 190 && ((x >= 32 && x < 50) || (x >= 754 && x < 772));
-        if (!meter) elsewhere++;
-        else (x < 400 ? litLeft : litRight)++;
+    usleep(700000);  // the first paint
+    vsthost::writeWindowPng(display, window, JACK_TEST_PICTURES "/window-silent.png");
+    clients.Loop(vsthost::makeNoise(48000, 2, 24000, 0.5f));  // -6 dBFS
+    usleep(1000000);
+    vsthost::writeWindowPng(display, window, JACK_TEST_PICTURES "/window-playing.png");
+    const Picture quiet(JACK_TEST_PICTURES "/window-silent.png"), loud(JACK_TEST_PICTURES "/window-playing.png");
+    EXPECT_EQ(quiet.Width(), 800);
+    EXPECT_TRUE(OnlyMetersLit(quiet, loud));
+    for (double bpm : {100.0, 140.0, 75.0}) {  // the synced taps move, the editor shows their times
+        clients.GiveTempo(bpm);
+        usleep(400000);
     }
-    EXPECT_GT(litLeft, 100u);
-    EXPECT_GT(litRight, 100u);
-    EXPECT_EQ(elsewhere, 0u);
 
     // SAVE, and Return in its dialog: the plug-in saves the program, and
-    // tapdelay its state file, before it quits.
-    const std::string stateFile = folder.file("TapDelay/standalone.fxb");
+    // tapdelay its state file, at once.
+    const std::string stateFile = home.file("TapDelay/standalone.fxb");
     ASSERT_FALSE(std::filesystem::exists(stateFile));
     ASSERT_EQ(std::system(("xdotool mousemove --window " + std::to_string(window) + " 292 18 click 1").c_str()), 0);
-    ASSERT_NE(FindWindow("Save Program"), 0u);
+    ASSERT_NE(FindWindow(home, "Save Program"), 0u);
     ASSERT_EQ(std::system("xdotool key Return"), 0);
-    for (int i = 0; i < 200 && !std::filesystem::exists(stateFile); i++)
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay.Output();
+    for (int i = 0; i < 200 && !std::filesystem::exists(stateFile); i++) usleep(25000);
+    EXPECT_TRUE(std::filesystem::exists(stateFile)) << tapdelay->Output();
 
-    CloseWindow(display, window);
-    EXPECT_EQ(tapdelay.Wait(), 0) << tapdelay.Output();
-    EXPECT_NE(tapdelay.Output().find("quit      the window was closed"), std::string::npos) << tapdelay.Output();
+    // What a window manager's close button sends.
+    XEvent close{};
+    close.xclient = {ClientMessage, 0, True, display, window, XInternAtom(display, "WM_PROTOCOLS", False), 32, {}};
+    close.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
+    XSendEvent(display, window, False, NoEventMask, &close);
     XCloseDisplay(display);
+    EXPECT_EQ(tapdelay->Wait(), 0) << tapdelay->Output();
+    const std::string output = tapdelay->Output();
+    EXPECT_TRUE(tapdelay->Said("quit      the window was closed")) << output;
+#ifdef REALTIME_INTERPOSER
+    std::smatch report;
+    ASSERT_TRUE(std::regex_search(output, report, std::regex("interposer: (\\d+) process cycles: (.*)\n"))) << output;
+    EXPECT_GT(std::stol(report.str(1)), 300);
+    EXPECT_EQ(report.str(2), "0 allocations or frees, 0 lock calls, 0 file calls, 0 X calls");
+    EXPECT_FALSE(tapdelay->Said("refused")) << "host calls other than the time query:\n" << output;
+#endif
 }

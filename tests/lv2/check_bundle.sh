@@ -31,7 +31,7 @@ head = b'RIFF' + struct.pack('<I', 36 + len(data)) + b'WAVEfmt ' + \
     struct.pack('<IHHIIHH', 16, 3, 2, 44100, 352800, 8, 32) + b'data' + struct.pack('<I', len(data))
 open(sys.argv[1], 'wb').write(head + data)
 PY
-"$vsthost" demo --out "$work/demo" --programs 0 >/dev/null 2>&1
+"$vsthost" demo --out "$work/demo" --programs 0 --no-editor >/dev/null 2>&1
 cp "$work/demo/input.wav" "$work/phrase.wav"
 
 # The control values of a preset, as lv2apply arguments.

@@ -19,7 +19,7 @@
 set -euo pipefail
 case=$1 packages=$2 build=$3
 shift 3
-deb=$(ls "$packages"/tapdelay_*_amd64.deb 2>/dev/null | head -1)
+deb=$(ls "$packages"/tapdelay_*_amd64.deb 2>/dev/null | head -1 || true)
 [ -n "$deb" ] || { echo "SKIP: no package in $packages (bash tools/package.sh $packages)"; exit 77; }
 
 work=$(mktemp -d)

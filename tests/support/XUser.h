@@ -16,13 +16,12 @@
 #include <functional>
 #include <thread>
 
-// In a test body: without an X server the test is skipped, or fails when
-// TAPDELAY_REQUIRE_X11=1.
-#define SKIP_WITHOUT_X(display)                                                               \
-    if (!(display)) {                                                                          \
-        const char* required = std::getenv("TAPDELAY_REQUIRE_X11");                           \
-        if (required && *required == '1') FAIL() << "no X display";                            \
-        GTEST_SKIP() << "no X display";                                                        \
+// Without an X server a test is skipped, or fails when TAPDELAY_REQUIRE_X11=1.
+#define SKIP_WITHOUT_X(display)                                         \
+    if (!(display)) {                                                   \
+        const char* required = std::getenv("TAPDELAY_REQUIRE_X11");     \
+        if (required && *required == '1') FAIL() << "no X display";      \
+        GTEST_SKIP() << "no X display";                                  \
     }
 
 class XUser {
@@ -32,8 +31,6 @@ public:
         if (thread.joinable()) thread.join();
         if (display) XCloseDisplay(display);
     }
-    XUser(const XUser&) = delete;
-    XUser& operator=(const XUser&) = delete;
 
     void Click(int x, int y, unsigned button = 1) {
         XTestFakeMotionEvent(display, DefaultScreen(display), x, y, CurrentTime);
@@ -41,9 +38,8 @@ public:
         XTestFakeButtonEvent(display, button, False, CurrentTime);
         Settle();
     }
-    // Down and up, or only down (true) or up (false) for a key held over a click.
     void Key(KeySym key) { Key(key, true), Key(key, false); }
-    void Key(KeySym key, bool down) {
+    void Key(KeySym key, bool down) {  // alone: a key held over a click
         XTestFakeKeyEvent(display, XKeysymToKeycode(display, key), down, CurrentTime);
         Settle();
     }
@@ -54,10 +50,9 @@ public:
         thread = std::thread([this, script] { script(*this), done = true; });
     }
     bool Done() const { return done; }
-    // Until a window more than at Start is mapped (a menu opened), 5 s at most.
+    // Until more windows are mapped than at Start (a menu opened), 5 s at most.
     void WaitForMenu() {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-        while (MappedWindows() <= windows && std::chrono::steady_clock::now() < end) Settle();
+        for (int i = 0; i < 160 && MappedWindows() <= windows; i++) Settle();
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
 
@@ -72,10 +67,9 @@ private:
         Window root, parent, *children = nullptr;
         unsigned count = 0, mapped = 0;
         XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
-        for (unsigned i = 0; i < count; i++) {
-            XWindowAttributes a;
-            if (XGetWindowAttributes(display, children[i], &a) && a.map_state == IsViewable) mapped++;
-        }
+        XWindowAttributes a;
+        for (unsigned i = 0; i < count; i++)
+            mapped += XGetWindowAttributes(display, children[i], &a) && a.map_state == IsViewable;
         if (children) XFree(children);
         return mapped;
     }

@@ -4,7 +4,6 @@
 #include "tools/vsthost/Synth.h"
 #include "tools/vsthost/WavIO.h"
 
-#include <cairo.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -12,6 +11,7 @@
 #include <string>
 #include <sys/wait.h>
 
+#include "tests/support/Picture.h"
 #include "tests/support/TempFolder.h"
 
 using namespace vsthost;
@@ -42,34 +42,6 @@ CommandRun Vsthost(const std::string& arguments, const std::string& environment 
     return run;
 }
 
-// A PNG read back as RGB24 pixels.
-class Picture {
-public:
-    explicit Picture(const std::string& path) : m_surface(cairo_image_surface_create_from_png(path.c_str())) {}
-    ~Picture() { cairo_surface_destroy(m_surface); }
-    bool Ok() const { return cairo_surface_status(m_surface) == CAIRO_STATUS_SUCCESS; }
-    int Width() const { return cairo_image_surface_get_width(m_surface); }
-    int Height() const { return cairo_image_surface_get_height(m_surface); }
-    uint32_t At(int x, int y) const {
-        const unsigned char* row =
-            cairo_image_surface_get_data(m_surface) + y * cairo_image_surface_get_stride(m_surface);
-        uint32_t pixel;
-        std::memcpy(&pixel, row + 4 * x, 4);
-        return pixel & 0xFFFFFF;
-    }
-    // Of `other`'s size and mostly its own pixels: in place, not shifted, not blank.
-    bool MostlyLike(const Picture& other) const {
-        if (Width() != other.Width() || Height() != other.Height()) return false;
-        size_t same = 0;
-        for (int y = 0; y < Height(); y++)
-            for (int x = 0; x < Width(); x++) same += At(x, y) == other.At(x, y);
-        return same > static_cast<size_t>(Width() * Height() / 2);
-    }
-
-private:
-    cairo_surface_t* m_surface;
-};
-
 }  // namespace
 
 // The editor fills vsthost's window at the size it reports, shows the chosen
@@ -96,21 +68,7 @@ TEST(VsthostEdit, ShowsTapDelaysEditorWithItsMetersFollowingTheAudio) {
     ASSERT_TRUE(quiet.MostlyLike(background));
     ASSERT_TRUE(loud.MostlyLike(background));
 
-    // The four meters (two columns at each side, from row 50 down) are the
-    // only pixels that the noise changes.
-    const auto inMeter = [](int x, int y) {
-        return y >= 50 && y < 190 && ((x >= 32 && x < 50) || (x >= 754 && x < 772));
-    };
-    size_t litLeft = 0, litRight = 0, elsewhere = 0;
-    for (int y = 0; y < quiet.Height(); y++)
-        for (int x = 0; x < quiet.Width(); x++) {
-            if (quiet.At(x, y) == loud.At(x, y)) continue;
-            if (!inMeter(x, y)) elsewhere++;
-            else (x < 400 ? litLeft : litRight)++;
-        }
-    EXPECT_GT(litLeft, 100u);
-    EXPECT_GT(litRight, 100u);
-    EXPECT_EQ(elsewhere, 0u);
+    EXPECT_TRUE(OnlyMetersLit(quiet, loud));
 
     // --scale 2, as a HiDPI host asks: the editor at twice the size (1600 x
     // 720), drawn from the 2x pictures.

@@ -128,7 +128,8 @@ int runDemo(const Args& args) {
     parser.option("out", 'o', "DIR", "folder for the files (default tapdelay-demo)")
         .option("programs", 0, "N,N,...", "program numbers to render (default: the presets)")
         .option("count", 'n', "N", "how many presets at most (default 5)")
-        .option("rate", 'r', "HZ", "sample rate (default 48000)");
+        .option("rate", 'r', "HZ", "sample rate (default 48000)")
+        .flag("no-editor", 0, "no picture of the editor (it shows on the X display for 2 s)");
     ParsedArgs parsed;
     if (!parseCommandLine(parser, args, "vsthost demo [options]", parsed))
         return 0;
@@ -219,7 +220,8 @@ int runDemo(const Args& args) {
     PluginSetup editorSetup = setup;
     if (programs[0] >= 0)
         editorSetup.program = std::to_string(programs[0]);
-    writeEditorPicture(editorSetup, rate, input, folder + "/editor.png");
+    if (!parsed.has("no-editor"))
+        writeEditorPicture(editorSetup, rate, input, folder + "/editor.png");
     printf("done      listen to the WAV files and look at the PNG pictures in %s/\n",
            folder.c_str());
     return 0;
