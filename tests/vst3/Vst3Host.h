@@ -139,11 +139,11 @@ public:
         component->release();
     }
     bool Ready() const { return component && processor && controller && units; }
-    void Prepare(int32_t sampleSize, int maxBlock, double rate = 44100.0) {
+    tresult Prepare(int32_t sampleSize, int maxBlock, double rate = 44100.0) {
         ProcessSetup setup{kRealtime, sampleSize, maxBlock, rate};
-        processor->setupProcessing(setup);
+        if (processor->setupProcessing(setup) != kResultOk) return kResultFalse;
         component->setActive(1);
-        processor->setProcessing(1);
+        return processor->setProcessing(1);
     }
     // One block, stereo in and out; the effect's own changes into `reported`.
     template <class Sample>

@@ -116,7 +116,7 @@ void ExpectSameAsVst2(Plugin& plugin, const Render& render) {
     Vst2Reference reference;
     std::vector<Vst2Change> cut = {{0, Vst2Reference::kTempo, 120.0}};
     Changes queued;
-    plugin.Prepare(sizeof(Sample) == 8 ? kSample64 : kSample32, kBlock);
+    ASSERT_EQ(plugin.Prepare(sizeof(Sample) == 8 ? kSample64 : kSample32, kBlock), kResultOk);
     reference.setProgram(render.program);
     plugin.controller->setParamNormalized(kProgram, render.program / 63.0);
     for (const Vst2Change& c : render.automation ? changes : std::vector<Vst2Change>{}) {
