@@ -90,9 +90,9 @@ TEST_F(Vst3Plugin, EveryParameterAsTheVst2PluginHasIt) {
     EXPECT_EQ(plugin.controller->normalizedParamToPlain(kProgram, 5 / 63.0), 5.0);
 
     const struct { ParamID id; const char16_t* text; tresult result; const char* shown; } typed[] = {
-        {3, u"250 ms", kResultOk, "250.0"},          {kProgram, u"Slapback", kResultOk, "Slapback"},
+        {3, u"250 ms", kResultOk, "250.0"}, {kProgram, u"Slapback", kResultOk, "Slapback"},
         {kProgram, u"3", kResultOk, "Rockabilly Slap"}, {kProgram, u"65", kResultFalse, ""},
-        {3, u"fast", kResultFalse, ""},              {99, u"1", kInvalidArgument, ""}};
+        {3, u"fast", kResultFalse, ""}, {99, u"1", kInvalidArgument, ""}};
     for (const auto& t : typed) {
         ParamValue value = -1.0;
         EXPECT_EQ(plugin.controller->getParamValueByString(t.id, const_cast<char16_t*>(t.text), value), t.result);
