@@ -1,6 +1,7 @@
 // What every format wrapper builds on: the host the effect sees (gestures,
-// tempo, tail), the parameter texts, the bank as state bytes and
-// sample-accurate block splitting.
+// tempo, tail), the parameter texts and the bank as state bytes. The formats'
+// own tests render through it with changes inside blocks, step through the
+// parameters and hear the effect's own changes.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,8 +13,6 @@
 #include "formats/shared/BankState.h"
 #include "formats/shared/EffectHost.h"
 #include "formats/shared/ParameterInfo.h"
-#include "formats/shared/ParameterMirror.h"
-#include "formats/shared/SplitRenderer.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -161,29 +160,6 @@ TEST(ParameterTexts, AreTheEditorsAndTypedTextComesBack) {
     EXPECT_EQ(ParameterInfo::Clamp(7.0f), 1.0f);
 }
 
-// A host's generic control moves in 1 / StepCount steps: every step names
-// another value, and together they reach all of them.
-TEST(ParameterTexts, StepsReachEveryNamedValue) {
-    const std::pair<int, std::vector<std::string>> lists[] = {
-        {kParamDelayOnOff + 3, {"OFF", "ON"}},
-        {kParamFilterType + 5, {"L-SH", "PK", "H-SH"}},
-        {kParamSyncNote, {"Quarter", "8th", "16th", "32th"}},
-        {ParameterInfo::kBypass, {"OFF", "ON"}},
-    };
-    for (const auto& [index, names] : lists) {
-        const int steps = ParameterInfo::StepCount(index);
-        ASSERT_EQ(steps + 1, (int)names.size()) << index;
-        for (int step = 0; step <= steps; step++)
-            EXPECT_EQ(ParameterInfo::Text(index, (float)step / (float)steps), names[step]) << index;
-    }
-    EXPECT_EQ(ParameterInfo::StepCount(kParamDelayTime), 0);
-    EXPECT_TRUE(ParameterInfo::IsList(kParamSyncNote));
-    EXPECT_FALSE(ParameterInfo::IsList(kParamTempoSync));
-    EXPECT_EQ(ParameterInfo::Title(kParamFilterQ + 2), "FilterQ2");
-    for (int index = 0; index < ParameterInfo::kCount; index++)
-        EXPECT_LE(ParameterInfo::ShortTitle(index).size(), 8u) << index;
-}
-
 TEST_F(FormatShared, BankStateRoundTripsAndRefusesWhatIsNotOurs) {
     EffectHost first(TAPDELAY_PLUGIN_DIR), second(TAPDELAY_PLUGIN_DIR);
     first.Effect().setProgram(7);
@@ -229,98 +205,6 @@ TEST_F(FormatShared, BankStateRoundTripsAndRefusesWhatIsNotOurs) {
         EXPECT_EQ(after, before) << what;
     }
     EXPECT_FALSE(BankState::Restore(second.Effect(), nullptr, BankState::kBytes));
-}
-
-// Changes at frames 0, 17 (two), 40 and one past the end, against VST 2
-// blocks cut at the same frames with the values set between them.
-struct ScriptedChanges {
-    struct Change {
-        int frame, index;
-        float value;
-    };
-    ATapDelay* effect;
-    std::vector<Change> list;
-    size_t next = 0;
-    int NextFrame() { return next < list.size() ? list[next].frame : SplitRenderer::kNone; }
-    void ApplyAt(int frame) {
-        for (; next < list.size() && list[next].frame == frame; next++)
-            effect->setParameter(list[next].index, list[next].value);
-    }
-};
-
-template <class Sample>
-void ExpectSplitEqualsCutBlocks(bool mono) {
-    TempFolder preferences;
-    setenv("XDG_CONFIG_HOME", preferences.path().c_str(), 1);
-    EffectHost split(TAPDELAY_PLUGIN_DIR), cut(TAPDELAY_PLUGIN_DIR);
-    for (EffectHost* h : {&split, &cut}) {
-        h->SetSampleRate(44100.0);
-        h->Effect().setBlockSize(64);
-        h->Effect().resume();
-        h->Effect().setProgram(8);
-    }
-    const std::vector<ScriptedChanges::Change> changes = {
-        {0, kParamDelayTime, 0.01f}, {17, kParamFeedBack, 0.9f}, {17, kParamDelayGain, 0.7f},
-        {40, kParamBalance, 0.0f},   {70, kParamOutput, 0.2f}};
-    constexpr int kFrames = 64;
-    std::vector<Sample> input(2 * kFrames), splitOut(2 * kFrames), cutOut(2 * kFrames);
-    for (int n = 0; n < kFrames; n++) input[n] = input[kFrames + n] = (Sample)(n == 3 ? 1.0 : 0.01 * (n % 7));
-    if (mono) std::fill(input.begin() + kFrames, input.end(), (Sample)0);  // never read
-    const std::vector<Sample> original = input;
-    Sample* in[2] = {&input[0], &input[kFrames]};
-    Sample* out[2] = {&splitOut[0], &splitOut[kFrames]};
-    ScriptedChanges script{&split.Effect(), changes};
-    SplitRenderer renderer;
-    for (int block = 0; block < 3; block++) {  // the feedback path needs a few blocks to show
-        script.next = 0;
-        renderer.Process(split.Effect(), in, mono ? 1 : 2, out, kFrames, script);
-        EXPECT_EQ(input, original) << "inputs are never written";
-
-        std::vector<Sample> cutIn = original;
-        if (mono) std::copy(cutIn.begin(), cutIn.begin() + kFrames, cutIn.begin() + kFrames);
-        int start = 0;
-        size_t c = 0;
-        for (int end : {0, 17, 40, kFrames}) {
-            for (; c < changes.size() && changes[c].frame <= start; c++)
-                cut.Effect().setParameter(changes[c].index, changes[c].value);
-            if (end <= start) continue;
-            Sample* i[2] = {&cutIn[start], &cutIn[kFrames + start]};
-            Sample* o[2] = {&cutOut[start], &cutOut[kFrames + start]};
-            if constexpr (sizeof(Sample) == 4)
-                cut.Effect().processReplacing(i, o, end - start);
-            else
-                cut.Effect().processDoubleReplacing(i, o, end - start);
-            start = end;
-        }
-        for (; c < changes.size(); c++) cut.Effect().setParameter(changes[c].index, changes[c].value);
-        ASSERT_EQ(0, std::memcmp(splitOut.data(), cutOut.data(), sizeof(Sample) * 2 * kFrames)) << block;
-    }
-    EXPECT_EQ(split.Effect().getParameter(kParamOutput), 0.2f) << "the change past the end is kept";
-}
-
-TEST(SplitRenderer, CutsBlocksWhereChangesFallBitForBit) {
-    ExpectSplitEqualsCutBlocks<float>(false);
-    ExpectSplitEqualsCutBlocks<double>(false);
-    ExpectSplitEqualsCutBlocks<double>(true);
-    ExpectSplitEqualsCutBlocks<float>(true);
-}
-
-TEST_F(FormatShared, MirrorReportsOnlyWhatTheEffectChangedItself) {
-    EffectHost host(TAPDELAY_PLUGIN_DIR);
-    ParameterMirror mirror;
-    mirror.KnowAll(host.Effect());
-    host.Effect().setParameter(kParamBalance, 0.75f);
-    mirror.Know(kParamBalance, 0.75f);  // the host set it: nothing to tell
-    host.Effect().setProgram(1);
-    std::vector<int> told;
-    mirror.TellChanges(host.Effect(), [&](int index, float value) {
-        EXPECT_EQ(value, host.Effect().getParameter(index));
-        told.push_back(index);
-    });
-    EXPECT_FALSE(told.empty());
-    told.clear();
-    mirror.TellChanges(host.Effect(), [&](int index, float) { told.push_back(index); });
-    EXPECT_TRUE(told.empty());
 }
 
 }  // namespace
