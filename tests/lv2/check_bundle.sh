@@ -22,15 +22,7 @@ ranged=$(grep -c "Maximum:" <<<"$info")
 [ "$ranged" -eq 66 ] || { echo "$ranged control ports have a range, not 66"; fail=1; }
 
 # Test signals: an impulse and the demo phrase.
-python3 - "$work/impulse.wav" <<'PY'
-import struct, sys
-frames = [(0.0, 0.0)] * 44100
-frames[10] = (1.0, 0.5)
-data = b''.join(struct.pack('<ff', *f) for f in frames)
-head = b'RIFF' + struct.pack('<I', 36 + len(data)) + b'WAVEfmt ' + \
-    struct.pack('<IHHIIHH', 16, 3, 2, 44100, 352800, 8, 32) + b'data' + struct.pack('<I', len(data))
-open(sys.argv[1], 'wb').write(head + data)
-PY
+python3 "$(dirname "$0")/../support/write_impulse.py" "$work/impulse.wav" 44100
 "$vsthost" demo --out "$work/demo" --programs 0 --no-editor >/dev/null 2>&1
 cp "$work/demo/input.wav" "$work/phrase.wav"
 

@@ -37,15 +37,7 @@ check() {  # description, command...
 }
 
 impulse_wav() {  # a float stereo impulse, then silence: the taps' whole response
-    python3 - "$1" <<'PY'
-import struct, sys
-frames = [(0.0, 0.0)] * 88200
-frames[10] = (1.0, 0.5)
-data = b''.join(struct.pack('<ff', *f) for f in frames)
-head = b'RIFF' + struct.pack('<I', 36 + len(data)) + b'WAVEfmt ' + \
-    struct.pack('<IHHIIHH', 16, 3, 2, 44100, 352800, 8, 32) + b'data' + struct.pack('<I', len(data))
-open(sys.argv[1], 'wb').write(head + data)
-PY
+    python3 "$(dirname "$0")/../support/write_impulse.py" "$1" 88200
 }
 
 same_samples() {  # two WAV files with equal sample data (libsndfile stamps the time in its header)
