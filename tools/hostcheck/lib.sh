@@ -53,6 +53,9 @@
 #   hc_qtractor_quit          File > Exit (ended after 10 s)
 #   hc_qtractor_save_as FILE  File > Save As under the proposed name, copied to FILE
 #   hc_qtractor_edit          double click on the track's plug-in (opens its editor)
+#   hc_qtractor_round_trip SESSION [HOOK]  SESSION opened (shot 1-loaded), saved as $out/saved.qtr,
+#                             reopened (shot 2-reloaded) and saved as $out/reloaded.qtr, left
+#                             running; HOOK before|after runs before each save (e.g. playing)
 
 set -euo pipefail
 shopt -s lastpipe  # `... | hc_relay` counts in this shell
@@ -381,6 +384,23 @@ hc_qtractor_start() {
 # in the file dialog.
 hc_qtractor_file_menu() { hc_click_in "$HC_QTRACTOR" 20 8 1; sleep 0.7; hc_click_in "$HC_QTRACTOR" 45 "$1" 1; }
 hc_qtractor_edit() { hc_click_in "$HC_QTRACTOR" 180 179 --repeat 2 --delay 80 1; }
+hc_qtractor_round_trip() {
+  local session=$1 hook=${2:-true}
+  hc_qtractor_start "$session" qtractor-1
+  hc_shot 1-loaded
+  hc_verdict engine "Qtractor's audio engine runs in JACK with ${HC_NAME:-the plug-in} on the track" \
+    sh -c "jack_lsp > '$out/jack-ports.txt'; grep -qi qtractor '$out/jack-ports.txt'"
+  "$hook" before
+  hc_qtractor_save_as "$out/saved.qtr" || true
+  hc_verdict saved "the session with the state set" test -s "$out/saved.qtr"
+  hc_qtractor_quit
+  cp "$out/saved.qtr" "$work/reload.qtr"
+  hc_qtractor_start "$work/reload.qtr" qtractor-2
+  hc_shot 2-reloaded
+  "$hook" after
+  hc_qtractor_save_as "$out/reloaded.qtr" || true
+  hc_verdict resaved "the reloaded session saved again" test -s "$out/reloaded.qtr"
+}
 hc_qtractor_save_as() {
   local folder=$HC_QTRACTOR_DIR before dialog saved
   before=$(ls "$folder"/*.qtr)

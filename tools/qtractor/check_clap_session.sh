@@ -83,21 +83,11 @@ play_and_record() {
     test -s "$1"
 }
 
-hc_qtractor_start "$work/start.qtr" qtractor-1
-hc_shot 1-loaded
-hc_verdict engine "Qtractor's audio engine runs in JACK with $HC_NAME on the track" \
-  sh -c "jack_lsp > '$out/jack-ports.txt'; grep -qi qtractor '$out/jack-ports.txt'"
-play_and_record "$out/played-before.wav" played
-hc_qtractor_save_as "$out/saved.qtr" || true
-hc_verdict saved "the session with the state set" test -s "$out/saved.qtr"
-hc_qtractor_quit
-
-cp "$out/saved.qtr" "$work/reload.qtr"
-hc_qtractor_start "$work/reload.qtr" qtractor-2
-hc_shot 2-reloaded
-play_and_record "$out/played-after.wav" replayed
-hc_qtractor_save_as "$out/reloaded.qtr" || true
-hc_verdict resaved "the reloaded session saved again" test -s "$out/reloaded.qtr"
+played() {  # before | after each save: the track played and recorded
+  if [ "$1" = before ]; then play_and_record "$out/played-before.wav" played
+  else play_and_record "$out/played-after.wav" replayed; fi
+}
+hc_qtractor_round_trip "$work/start.qtr" played
 
 # The editor, embedded in Qtractor's window: a click on tap 1's delay switch.
 hc_qtractor_edit

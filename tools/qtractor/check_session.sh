@@ -35,19 +35,7 @@ EOF
 )
 hc_qtractor_session "$work/start.qtr" "$state"
 
-hc_qtractor_start "$work/start.qtr" qtractor-1
-hc_shot 1-loaded
-hc_verdict engine "Qtractor's audio engine runs in JACK with TapDelay on the track" \
-  sh -c "jack_lsp > '$out/jack-ports.txt'; grep -qi qtractor '$out/jack-ports.txt'"
-hc_qtractor_save_as "$out/saved.qtr" || true
-hc_verdict saved "the session with the state set" test -s "$out/saved.qtr"
-hc_qtractor_quit
-
-cp "$out/saved.qtr" "$work/reload.qtr"
-hc_qtractor_start "$work/reload.qtr" qtractor-2
-hc_shot 2-reloaded
-hc_qtractor_save_as "$out/reloaded.qtr" || true
-hc_verdict resaved "the reloaded session saved again" test -s "$out/reloaded.qtr"
+hc_qtractor_round_trip "$work/start.qtr"
 
 # The editor opens on the reloaded state (double click on the plug-in).
 hc_qtractor_edit
